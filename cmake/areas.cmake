@@ -1,0 +1,18 @@
+# varnoth_area(NAME DEPS...): a static library of src/NAME/*.cpp, or an interface
+# library while the area has headers only.
+function(varnoth_area name)
+  file(GLOB sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/${name}/*.cpp)
+  set(deps)
+  foreach(d ${ARGN})
+    list(APPEND deps varnoth_${d})
+  endforeach()
+  if(sources)
+    add_library(varnoth_${name} STATIC ${sources})
+    target_include_directories(varnoth_${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
+    target_link_libraries(varnoth_${name} PUBLIC ${deps})
+  else()
+    add_library(varnoth_${name} INTERFACE)
+    target_include_directories(varnoth_${name} INTERFACE ${PROJECT_SOURCE_DIR}/src)
+    target_link_libraries(varnoth_${name} INTERFACE ${deps})
+  endif()
+endfunction()

@@ -1,0 +1,79 @@
+// The analysis record: the one set of named fields that holds the state of a
+// working session. Procedures read and leave its fields; sub-records group the
+// fields of each subsystem so that each can be read on its own.
+//
+// Arrays are held 0-based: the record's "sequence i" is index i - 1.
+#pragma once
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include "state/menu.h"
+
+namespace varnoth {
+
+// A codon cell: exactly three characters, compared as text.
+using CodonCell = std::array<char, 3>;
+
+enum class GeneticCode { Universal, Vermito, Dromito };
+
+// The loaded alignment, as the readers and the common clean-up leave it.
+struct SequenceData {
+  std::string InputFileName;    // path's part behind its last separator
+  std::string InputFormatName;  // format label
+  int SequenceLoaded = 0;
+  double SeqCount = 0;      // may be fractional for LWL files
+  double SeqCountCopy = 0;  // true number of sequences, kept at load
+  double SeqLength = 0;     // nucleotide positions; 0 = nothing loaded
+  double PairCount = 0;
+  std::vector<std::string> SeqNames;                // [sequence]
+  std::vector<std::vector<CodonCell>> SeqCodons;    // [sequence][cell], as read
+  float CodonCellCount = 0;                         // cells per sequence
+  std::vector<std::vector<CodonCell>> CleanCodons;  // [sequence][codon], upper case
+  std::vector<std::string> CleanSites;              // [sequence], one char a site
+  long CodonCount = 0;
+  long CleanCodonTotal = 0;
+  long NucleotideCount = 0;
+};
+
+// Analysis options that are fields of the record (the rest are menu checks).
+struct OptionFields {
+  int MaxOneChangeFlag = 0;
+  int No3DiffFlag = 0;
+  int OnlyAaChangeFlag = 0;
+  float PathwayWeight = 0.5f;
+  float PathwayWeightPrevious = 0.5f;
+};
+
+// Region and sliding-window state.
+struct RegionFields {
+  std::string RegionFirst;  // text: empty until first needed
+  std::string RegionLast;
+  std::string RegionText;
+  std::string CodingWindowText;
+  std::string NoncodingWindowText;
+  int RegionMode = 0;
+  int WindowMode = 0;
+  double WindowSize = 0;
+  double WindowStep = 0;
+  double WindowIndex = 0;
+};
+
+struct AnalysisRecord {
+  Menu menu;
+  Form form;
+  OptionFields options;
+  SequenceData seq;
+  RegionFields region;
+  std::string ReportBuffer;
+
+  GeneticCode active_code() const {
+    if (menu.Vermito.checked) return GeneticCode::Vermito;
+    if (menu.Dromito.checked) return GeneticCode::Dromito;
+    return GeneticCode::Universal;
+  }
+  bool coding() const { return menu.Coding.checked; }
+};
+
+}  // namespace varnoth
