@@ -60,12 +60,24 @@ struct RegionFields {
   double WindowIndex = 0;
 };
 
+// The last noncoding estimate: counts and the six K of the last comparison, read
+// by the confidence intervals; zeroed when the analysis switches to noncoding.
+struct LastNoncodingEstimate {
+  double CountA1 = 0, CountG1 = 0, CountC1 = 0, CountT1 = 0;
+  double CountA2 = 0, CountG2 = 0, CountC2 = 0, CountT2 = 0;
+  double KJukesCantor = 0, KKimura = 0, KimuraA = 0, KimuraB = 0, KTajimaNei = 0,
+         KTajima1p = 0;
+  float KTajima2p = 0;
+  double KTajima4p = 0;
+};
+
 struct AnalysisRecord {
   Menu menu;
   Form form;
   OptionFields options;
   SequenceData seq;
   RegionFields region;
+  LastNoncodingEstimate last_noncoding;
   std::string ReportBuffer;
 
   GeneticCode active_code() const {
