@@ -5,6 +5,7 @@
 #include <array>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace varnoth {
 
@@ -84,6 +85,22 @@ struct Control {
   std::string text;
   bool visible = true;
   bool enabled = true;
+  bool value = false;  // option buttons and check boxes
+};
+
+struct ComboBox {
+  std::vector<std::string> items;
+  std::string text;  // the text shown (the chosen item)
+  bool visible = true;
+  bool enabled = true;
+};
+
+// The region dialog (`region`), a window of its own.
+struct RegionDialog {
+  Control region{"Region Analysis", false};
+  Control Text1{};  // "From nuc. :"
+  Control Text2{};  // "to :"
+  bool loaded = false;
 };
 
 // The controls of the main window and its pages that the logic reads or sets.
@@ -119,8 +136,15 @@ struct Form {
   Control SSTab5{"", false};
   Control Label11{"Multiple-Pathways Weight"};
   Control Text4{};
+  Control AcceptSliWindows{"Accept"};
+  Control CancelSliwindows{"Cancel"};
+  Control WholeSliWindows{"Whole Sequence"};
   // Matrix page.
   Control MatrixTab{"Divergence Matrix Output", false};
+  ComboBox Combo1{};
+  Control Option1{"Ks"}, Option2{"Ka"}, Option3{"TRSs"}, Option4{"TRSa"}, Option5{"TRVs"},
+      Option6{"TRVa"}, Option7{"K", false}, Option8{"TRS", false}, Option9{"TRV", false};
+  Control SaveMatrix{"Save Matrix"};
   // Hidden path field.
   Control Fichero1{"", false};
 };

@@ -71,6 +71,24 @@ struct LastNoncodingEstimate {
   double KTajima4p = 0;
 };
 
+// A cell of ComparisonStore: a value, or " N.A. " where the estimate is not
+// applicable. Noncoding cells hold the value as printed with "0.0000".
+struct StoreCell {
+  double value = 0;
+  bool not_applicable = false;
+};
+using ComparisonRow = std::array<StoreCell, 10>;  // columns 0..9, 1..9 used
+
+// What a divergence run leaves behind.
+struct RunResults {
+  std::string ReportText;
+  std::string WindowDataText;
+  std::string LastPairLine;
+  std::vector<ComparisonRow> ComparisonStore;  // rows 1..PairCount (row 0 unused)
+  int NoncodingResultsReady = 0;
+  int CodingResultsReady = 0;
+};
+
 struct AnalysisRecord {
   Menu menu;
   Form form;
@@ -78,6 +96,8 @@ struct AnalysisRecord {
   SequenceData seq;
   RegionFields region;
   LastNoncodingEstimate last_noncoding;
+  RunResults results;
+  RegionDialog region_dialog;
   std::string ReportBuffer;
 
   GeneticCode active_code() const {
