@@ -79,12 +79,32 @@ struct StoreCell {
 };
 using ComparisonRow = std::array<StoreCell, 10>;  // columns 0..9, 1..9 used
 
+// PairStore columns 1..14 of one comparison (column 0 unused).
+using PairStoreRow = std::array<double, 15>;
+
+// The values a coding comparison hands to the simulations.
+struct CodingHandedOnFields {
+  double Ks = 0, Ka = 0;
+  int KsMethod = 1, KaMethod = 1;  // 1 Jukes and Cantor, 2 Kimura
+  double As = 0, Bs = 0, Aa = 0, Ba = 0;
+  double SES = 0;
+  float NES = 0;
+  float PairGCContent = 0;
+};
+
 // What a divergence run leaves behind.
 struct RunResults {
   std::string ReportText;
   std::string WindowDataText;
   std::string LastPairLine;
   std::vector<ComparisonRow> ComparisonStore;  // rows 1..PairCount (row 0 unused)
+  // Coding runs: one row per comparison, in comparison order (row 0 unused);
+  // pair (a, b) is comparison (a - 1)(2n - a)/2 + (b - a).
+  std::vector<PairStoreRow> PairStore;
+  CodingHandedOnFields handed_on;
+  int MethodNumber = 2;  // 1 JC, 2 Kimura, 3 Tajima-Nei, 4 T-1p, 5 T-2p, 6 T-4p
+  int CodingMode = 1;
+  int StopCodonFlag = 0;
   int NoncodingResultsReady = 0;
   int CodingResultsReady = 0;
 };

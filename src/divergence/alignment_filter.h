@@ -1,0 +1,36 @@
+// The alignment filter of a divergence run: the codon and site columns of a range
+// in which every sequence holds A, C, G or T (complete deletion).
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "state/record.h"
+
+namespace varnoth::divergence {
+
+struct FilteredAlignment {
+  // [sequence][codon], codon indices 0..63 (see genetic_code.h).
+  std::vector<std::vector<std::uint8_t>> codons;
+  // [sequence], upper-case letters A, C, G, T.
+  std::vector<std::string> sites;
+  long codon_count() const { return codons.empty() ? 0 : static_cast<long>(codons[0].size()); }
+  long site_count() const { return sites.empty() ? 0 : static_cast<long>(sites[0].size()); }
+};
+
+struct FilterRange {
+  long first_codon = 1;  // 1-based cells of SeqCodons, inclusive
+  long last_codon = 0;
+  bool rebuild_sites = false;  // region run: sites exact in base pairs
+  long first_site = 1;         // with rebuild_sites: nucleotide range, inclusive
+  long last_site = 0;
+};
+
+// Filters the sequences 1..`sequences` of `seq.SeqCodons` over `range`. With
+// `coding`, a stop codon of `code` in any sequence of the alignment's last codon
+// column drops that column silently.
+void filter_alignment(const SequenceData& seq, long sequences, const FilterRange& range,
+                      bool coding, GeneticCode code, FilteredAlignment& out);
+
+}  // namespace varnoth::divergence

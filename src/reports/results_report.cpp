@@ -1,0 +1,485 @@
+#include "reports/results_report.h"
+
+#include <cmath>
+
+#include "text/number_format.h"
+
+namespace varnoth::reports {
+
+namespace {
+
+using divergence::kNoApplicable;
+using text::append_cell;
+using text::append_format;
+using text::append_plain;
+
+constexpr std::string_view kCrlf = "\r\n";
+constexpr std::string_view kStars = " *************************************************************";
+constexpr std::string_view kWindowStars = " **************************";
+constexpr std::string_view kValue = "###0.00000 ";
+constexpr std::string_view kCount = " ####0.00 ";
+constexpr std::string_view kSites = "####0.00";
+
+void line(std::string& out, std::string_view s) {
+  out += s;
+  out += kCrlf;
+}
+
+double codon_of_first(double first) { return 1 + std::floor((first - 1) / 3); }
+
+// Blanks in front of a text up to `width`; none when it is already wider.
+void pad(std::string& out, std::size_t len, std::size_t width) {
+  if (len < width) out.append(width - len, ' ');
+}
+
+void comparison_line(std::string& out, long number) {
+  out += " Comparison # ";
+  append_plain(out, number);
+  out += kCrlf;
+}
+
+void names(std::string& out, const ComparisonPlace& place) {
+  out += " Seq. A: ";
+  line(out, place.name_a);
+  out += " Seq. B: ";
+  line(out, place.name_b);
+}
+
+bool first_window(const ComparisonPlace& place) {
+  return place.window == nullptr || place.window->index == 1;
+}
+
+// Lines 11 to 13 of a noncoding comparison.
+void noncoding_head(std::string& out, const RunLayout& run, const ComparisonPlace& place,
+                    long sites) {
+  if (run.pair_count > 1) {
+    if (first_window(place)) {
+      if (place.number == 1) out += kCrlf;
+      comparison_line(out, place.number);
+    }
+  } else if (!run.window) {
+    out += kCrlf;
+  }
+  if (first_window(place)) {
+    line(out, kStars);
+    names(out, place);
+  }
+  if (const WindowPlace* w = place.window) {
+    line(out, kWindowStars);
+    out += " WINDOW #";
+    append_plain(out, w->index);
+    out += kCrlf;
+    out += " Nuc:";
+    append_plain(out, w->first);
+    out += " -";
+    append_plain(out, w->last);
+    out += kCrlf;
+    out += " Number of Nucleotide positions in Region: ";
+    append_plain(out, w->last - w->first + 1);
+    out += kCrlf;
+    out += " Number of Analyzed positions:   ";
+    append_plain(out, sites);
+    out += kCrlf;
+  }
+}
+
+// Lines 18 to 21 of a coding comparison.
+void coding_head(std::string& out, const RunLayout& run, const ComparisonPlace& place,
+                 long codons) {
+  if (run.pair_count > 1) {
+    if (place.number == 1 && first_window(place)) out += kCrlf;
+    const bool stars = run.window ? first_window(place) : place.number == 1;
+    if (stars) line(out, kStars);
+    if (first_window(place)) comparison_line(out, place.number);
+  } else {
+    out += kCrlf;
+  }
+  if (first_window(place)) names(out, place);
+  if (run.max_one_change || run.only_aa_change) {
+    out += " Number of Analyzed positions:   ";
+    append_plain(out, 3 * codons);
+    out += kCrlf;
+  }
+  if (const WindowPlace* w = place.window) {
+    const double first_codon = codon_of_first(w->first);
+    const double last_codon = codon_of_first(w->last);
+    line(out, kWindowStars);
+    out += " WINDOW #";
+    append_plain(out, w->index);
+    out += kCrlf;
+    out += "     nuc:";
+    append_plain(out, w->first);
+    out += " -";
+    append_plain(out, w->last);
+    out += kCrlf;
+    out += "   codon:";
+    append_plain(out, first_codon);
+    out += " -";
+    append_plain(out, last_codon);
+    out += kCrlf;
+    out += " Number of Nucleotide positions in Region: ";
+    append_plain(out, 3 * (1 + last_codon - first_codon));
+    out += kCrlf;
+    out += " Number of Analyzed positions:   ";
+    append_plain(out, 3 * codons);
+    out += kCrlf;
+  }
+}
+
+void star_line_after(std::string& out, const RunLayout& run) {
+  if (run.pair_count > 1 && !run.window) line(out, kStars);
+}
+
+// "  Ks= " 0.12345 then the S.E.S. in a column of ten: the blanks stand before
+// the parenthesis, not inside it.
+template <typename Sites>
+void jukes_cantor_line(std::string& out, std::string_view label, double k, Sites sites,
+                       std::string_view sites_label, std::string_view note) {
+  out += label;
+  append_format(out, k, kValue);
+  const std::string s = text::format(sites, kSites);
+  pad(out, s.size(), 10);
+  out += "(";
+  out += s;
+  out += sites_label;
+  out += ")";
+  out += note;
+  out += kCrlf;
+}
+
+template <typename Sites>
+void kimura_line(std::string& out, std::string_view label, double k, std::string_view a_label,
+                 double a, std::string_view b_label, double b, Sites sites,
+                 std::string_view sites_label, std::string_view note) {
+  out += label;
+  if (!note.empty()) {
+    line(out, note);
+    return;
+  }
+  append_format(out, k, kValue);
+  out += a_label;
+  append_format(out, a, kValue);
+  out += b_label;
+  append_format(out, b, "###0.00000");
+  out += ")  ";
+  const std::string s = text::format(sites, kSites);
+  pad(out, s.size(), 8);
+  out += "(";
+  out += s;
+  out += sites_label;
+  out += ")";
+  out += note;
+  out += kCrlf;
+}
+
+void jukes_cantor_fallback(std::string& out, std::string_view label, double k,
+                           std::string_view note) {
+  out += kCrlf;
+  line(out, " M.-hits Correcting Method: Jukes and Cantor -1p");
+  out += label;
+  append_format(out, k, kValue);
+  out += note;
+  out += kCrlf;
+}
+
+}  // namespace
+
+RunLayout layout_of(const AnalysisRecord& rec, int method_number) {
+  RunLayout run;
+  const Menu& m = rec.menu;
+  run.coding = m.Coding.checked;
+  run.window = rec.region.WindowMode == 1;
+  run.region = !run.window && rec.region.RegionMode == 1;
+  run.pair_count = rec.seq.PairCount;
+  run.jukes_cantor_run = method_number == 1;
+  run.methods = {m.JukesandCantor.checked, m.Kimura2p.checked, m.TajimaandNei.checked,
+                 m.Tajima1p.checked,       m.Tajima2p.checked, m.Tajima4p.checked};
+  run.max_one_change = m.Max_One_Change.checked;
+  run.only_aa_change = m.Always_aa_change.checked;
+  run.no_3_diff = m.No_3_diff.checked;
+  run.code = rec.active_code();
+  run.pathway_weight = rec.options.PathwayWeight;
+  return run;
+}
+
+void append_run_head(std::string& out, const RunLayout& run) {
+  if (run.coding) {
+    out += " CODING DIVERGENCE ANALYSIS";
+    if (run.max_one_change) out += "  * MAXIMUM ONE SUBSTITUTION PER CODON *";
+    if (run.only_aa_change) out += "  * ONLY AAs SUBSTITUTIONS *";
+    if (run.no_3_diff) out += "  * NO 3 DIFF. PER CODON *";
+    out += kCrlf;
+    line(out, run.code == GeneticCode::Vermito   ? " Genetic Code: Vertebrate Mitochondrial"
+              : run.code == GeneticCode::Dromito ? " Genetic Code: Drosophila Mitochondrial"
+                                                 : " Genetic Code: Universal");
+  } else {
+    line(out, " NONCODING DIVERGENCE ANALYSIS");
+  }
+  if (run.pair_count == 1) out += kCrlf;
+  if (run.coding) {
+    if (run.pathway_weight == 0.5f) {
+      line(out, " Multiple-pathways: Unweighted");
+    } else {
+      out += " Multiple-pathways weight: Synonymous/Total =";
+      append_plain(out, run.pathway_weight);
+      out += kCrlf;
+    }
+    line(out, run.jukes_cantor_run ? " Multiple-hits Correcting Method: Jukes and Cantor-1p "
+                                   : " Multiple-hits Correcting Method: Kimura-2p ");
+  } else {
+    static constexpr std::string_view kNames[6] = {
+        "   Jukes and Cantor-1p ", "   Kimura-2p ", "   Tajima and Nei ",
+        "   Tajima-1p ",           "   Tajima-2p ", "   Tajima-4p "};
+    line(out, " Multiple-hits Correcting Method:");
+    for (int i = 0; i < 6; ++i)
+      if (run.methods[i]) line(out, kNames[i]);
+    out += kCrlf;
+  }
+}
+
+void append_positions_block(std::string& out, const RunLayout& run, double seq_length,
+                            double first, double last, const std::string& region_text,
+                            long analyzed) {
+  if (run.window) {
+    out += " Number of Total Nucleotide positions: ";
+    append_plain(out, seq_length);
+    out += kCrlf;
+  } else if (run.region) {
+    out += " Number of Total Nucleotide positions: ";
+    append_plain(out, seq_length);
+    out += kCrlf;
+    out += kCrlf;
+    out += " Region analyzed :";
+    append_plain(out, first);
+    out += " -";
+    append_plain(out, last);
+    out += " nuc.";
+    out += kCrlf;
+    if (run.coding) {
+      const double first_codon = codon_of_first(first);
+      const double last_codon = std::floor(last / 3);
+      out += "                  ";
+      append_plain(out, first_codon);
+      out += " -";
+      append_plain(out, last_codon);
+      out += " codon";
+      out += kCrlf;
+      out += " Number of Codons in Region:     ";
+      append_plain(out, last_codon - first_codon + 1);
+    } else {
+      out += " Number of Nucleotide positions in Region: ";
+      append_plain(out, last - first + 1);
+    }
+  } else {
+    out += " Number of Nucleotide positions: ";
+    append_plain(out, seq_length);
+  }
+  if (!run.window) {
+    out += region_text;
+    out += kCrlf;
+    if (!run.max_one_change && !run.only_aa_change) {
+      out += " Number of Analyzed positions:   ";
+      append_plain(out, analyzed);
+      out += kCrlf;
+    }
+  } else {
+    out += kCrlf;
+  }
+}
+
+void append_noncoding_comparison(std::string& out, const RunLayout& run,
+                                 const ComparisonPlace& place, long sites,
+                                 const divergence::NoncodingEstimates& e,
+                                 const divergence::NoncodingNotApplicable& na) {
+  noncoding_head(out, run, place, sites);
+  out += kCrlf;
+  if (run.pair_count <= 40) {
+    line(out, "                 A         G         C         T");
+    const char* labels[3] = {" Seq. A : ", " Seq. B : ", "  MEAN  : "};
+    for (int row = 0; row < 3; ++row) {
+      out += labels[row];
+      for (int b = 0; b < 4; ++b) {
+        const double c1 = static_cast<double>(e.counts1[b]);
+        const double c2 = static_cast<double>(e.counts2[b]);
+        append_cell(out, row == 0 ? c1 : row == 1 ? c2 : (c1 + c2) / 2, kCount, 10);
+      }
+      out += kCrlf;
+    }
+    out += kCrlf;
+    out += " Obs.Subst.Frq.   Fd=";
+    append_cell(out, e.obs_p + e.obs_q, kValue, 10);
+    out += kCrlf;
+  }
+  struct Row {
+    std::string_view label;
+    bool not_applicable;
+  };
+  const Row rows[6] = {{" Jukes & Cantor    ", na.jukes_cantor}, {" Kimura 2-p        ", na.kimura},
+                       {" Tajima & Nei      ", na.tajima_nei},   {" Tajima 1-p        ", na.tajima_1p},
+                       {" Tajima 2-p        ", na.tajima_2p},    {" Tajima 4-p        ", na.tajima_4p}};
+  const double values[6] = {e.k_jukes_cantor, e.k_kimura, e.k_tajima_nei, e.k_tajima_1p, 0,
+                            e.k_tajima_4p};
+  for (int i = 0; i < 6; ++i) {
+    if (!run.methods[i]) continue;
+    out += rows[i].label;
+    if (rows[i].not_applicable) {
+      line(out, kNoApplicable);
+      continue;
+    }
+    out += "K=";
+    if (i == 4)
+      append_cell(out, e.k_tajima_2p, kValue, 10);
+    else
+      append_cell(out, values[i], kValue, 10);
+    if (i == 1) {
+      out += "  (A=";
+      append_cell(out, e.kimura_a, kValue, 9);
+      out += " B=";
+      append_cell(out, e.kimura_b, kValue, 9);
+      out += ")";
+    }
+    out += kCrlf;
+  }
+  if (!run.window) out += kCrlf;
+}
+
+void append_noncoding_empty(std::string& out, const RunLayout& run, const ComparisonPlace& place,
+                            long sites) {
+  noncoding_head(out, run, place, sites);
+  out += kCrlf;
+  line(out, " NO APPLICABLE");
+}
+
+void append_coding_comparison(std::string& out, const RunLayout& run,
+                              const ComparisonPlace& place, long codons,
+                              const divergence::SiteClassResult& c,
+                              const divergence::CodingEstimates& e) {
+  coding_head(out, run, place, codons);
+  if (run.pair_count <= 40) {
+    out += kCrlf;
+    line(out, "* MEAN        total        A         G         C         T");
+    const char* labels[4] = {"  0-fold : ", " 2S-fold : ", " 2V-fold : ", "  4-fold : "};
+    float total[5] = {0, 0, 0, 0, 0};
+    for (int k = 0; k < 4; ++k) {
+      const float row[5] = {c.Sites[k], c.SitesA[k], c.SitesG[k], c.SitesC[k], c.SitesT[k]};
+      out += labels[k];
+      for (int j = 0; j < 5; ++j) {
+        append_cell(out, row[j], kCount, 10);
+        total[j] += row[j];
+      }
+      out += kCrlf;
+    }
+    out += "  Total  : ";
+    for (float t : total) append_cell(out, t, kCount, 10);
+    out += kCrlf;
+    out += kCrlf;
+    line(out, "              total      0-fold   2S-fold   2V-fold    4-fold");
+    for (int kind = 0; kind < 2; ++kind) {
+      const auto& v = kind == 0 ? c.ObsTS : c.ObsTV;
+      out += kind == 0 ? " Obs.TRS : " : " Obs.TRV : ";
+      append_cell(out, v[0] + v[1] + v[2] + v[3], kCount, 10);
+      for (float x : v) append_cell(out, x, kCount, 10);
+      out += kCrlf;
+    }
+  }
+  out += kCrlf;
+  if (run.jukes_cantor_run) {
+    jukes_cantor_line(out, "  Ks= ", e.ks_jc, e.ses, " S.E.S.", e.ks_jc_note);
+    if (!run.only_aa_change)
+      jukes_cantor_line(out, "  Ka= ", e.ka_jc, e.nes, " N.E.S.", e.ka_jc_note);
+  } else {
+    kimura_line(out, " Ks= ", e.ks_kimura, " (As= ", e.as, " Bs= ", e.bs, e.ses, " S.E.S.",
+                e.ks_kimura_note);
+    if (!run.only_aa_change)
+      kimura_line(out, " Ka= ", e.ka_kimura, " (Aa= ", e.aa, " Ba= ", e.ba, e.nes, " N.E.S.",
+                  e.ka_kimura_note);
+    if (!e.ks_kimura_note.empty()) jukes_cantor_fallback(out, " Ks= ", e.ks_jc, e.ks_jc_note);
+    if (!e.ka_kimura_note.empty() && !run.only_aa_change)
+      jukes_cantor_fallback(out, " Ka= ", e.ka_jc, e.ka_jc_note);
+  }
+  star_line_after(out, run);
+}
+
+void append_coding_empty(std::string& out, const RunLayout& run, const ComparisonPlace& place,
+                         long codons) {
+  coding_head(out, run, place, codons);
+  out += kCrlf;
+  line(out, " NO APPLICABLE");
+  star_line_after(out, run);
+}
+
+void append_window_columns(std::string& out, const RunLayout& run) {
+  out += "Begin(bp)\tEnd(bp)\tMiddle(bp)";
+  if (run.coding) {
+    out += run.jukes_cantor_run ? "\tKs JC\tKa JC" : "\tKs K-2p\tKa K-2p";
+  } else {
+    static constexpr std::string_view kNames[6] = {"JC", "K-2p", "T-N", "Taj-1p", "Taj-2p",
+                                                   "Taj-4p"};
+    for (int i = 0; i < 6; ++i) {
+      if (!run.methods[i]) continue;
+      out += '\t';
+      out += kNames[i];
+    }
+  }
+  out += kCrlf;
+}
+
+void append_window_names(std::string& out, std::string_view name_a, std::string_view name_b) {
+  line(out, name_a);
+  line(out, name_b);
+}
+
+namespace {
+
+void window_bounds(std::string& out, const WindowPlace& w) {
+  append_plain(out, w.first);
+  out += '\t';
+  append_plain(out, w.last);
+  out += '\t';
+  append_plain(out, w.first + (w.last - w.first) / 2);
+}
+
+}  // namespace
+
+void append_noncoding_window_row(std::string& out, const RunLayout& run, const WindowPlace& w,
+                                 const divergence::NoncodingEstimates& e,
+                                 const divergence::NoncodingNotApplicable& na) {
+  window_bounds(out, w);
+  const bool not_applicable[6] = {na.jukes_cantor, na.kimura,    na.tajima_nei,
+                                  na.tajima_1p,    na.tajima_2p, na.tajima_4p};
+  const double values[6] = {e.k_jukes_cantor, e.k_kimura, e.k_tajima_nei, e.k_tajima_1p, 0,
+                            e.k_tajima_4p};
+  for (int i = 0; i < 6; ++i) {
+    if (!run.methods[i]) continue;
+    out += '\t';
+    if (not_applicable[i])
+      out += "N.A.";
+    else if (i == 4)
+      append_format(out, e.k_tajima_2p, kValue);
+    else
+      append_format(out, values[i], kValue);
+  }
+  out += kCrlf;
+}
+
+void append_coding_window_row(std::string& out, const RunLayout& run, const WindowPlace& w,
+                              const divergence::CodingEstimates& e) {
+  window_bounds(out, w);
+  auto value = [&](double k, std::string_view note) {
+    out += '\t';
+    if (!note.empty())
+      out += "N.A.";
+    else
+      append_format(out, k, " #0.00000 ");
+  };
+  if (run.jukes_cantor_run) {
+    value(e.ks_jc, e.ks_jc_note);
+    value(e.ka_jc, e.ka_jc_note);
+  } else {
+    value(e.ks_kimura, e.ks_kimura_note);
+    value(e.ka_kimura, e.ka_kimura_note);
+  }
+  out += kCrlf;
+}
+
+}  // namespace varnoth::reports
