@@ -1,0 +1,41 @@
+// Accounting of the changes between two aligned coding sequences: every
+// nucleotide position that differs is credited with a synonymous and a
+// nonsynonymous share of one change, found over the pathways of change
+// between the two codons.
+#pragma once
+
+#include <span>
+
+#include "divergence/genetic_code.h"
+
+namespace varnoth::divergence {
+
+enum class ChangeStatus {
+  Complete,
+  StopCodon,      // a codon translated in the walk is a stop codon
+  NoOpenPathway,  // every pathway of a position runs through a stop codon
+};
+
+struct ChangeAccountingResult {
+  ChangeStatus status = ChangeStatus::Complete;
+  bool StopCodonFlag = false;  // status == StopCodon
+  float PairGCContent = 0;     // set only when the walk completes
+  // Where the walk ended when it did not complete: codon number (from 1) and
+  // the two codons.
+  long codon_number = 0;
+  Codon codon1 = 0;
+  Codon codon2 = 0;
+};
+
+// Walks the codon pairs in order and writes the shares of each position:
+// element 3 * i + p of syn_changes / nonsyn_changes (i from 0, p = 0..2).
+// Both spans must hold at least 3 * codons1.size() elements; those are zeroed
+// first. codons1 and codons2 are of the same length and hold indices 0..63.
+// When the walk stops early the arrays are partly filled and not to be used.
+ChangeAccountingResult account_codon_changes(std::span<const Codon> codons1,
+                                             std::span<const Codon> codons2,
+                                             GeneticCode code, float pathway_weight,
+                                             std::span<float> syn_changes,
+                                             std::span<float> nonsyn_changes);
+
+}  // namespace varnoth::divergence

@@ -1,0 +1,92 @@
+#include "input/alignment_cleanup.h"
+
+#include <array>
+
+#include "input/line_list.h"
+
+namespace varnoth::input {
+
+namespace {
+
+// A letter is valid if it is A, G, C or T in either case; the table gives its
+// upper case, or 0 for anything else.
+constexpr std::array<char, 256> kValidUpper = [] {
+  std::array<char, 256> table{};
+  for (char c : {'A', 'G', 'C', 'T'}) {
+    table[static_cast<unsigned char>(c)] = c;
+    table[static_cast<unsigned char>(c - 'A' + 'a')] = c;
+  }
+  return table;
+}();
+
+char valid_upper(char c) { return kValidUpper[static_cast<unsigned char>(c)]; }
+
+// A "." in sequences 2 on stands for sequence 1's letter at that place; a dot
+// in sequence 1 stays and later removes its column.
+void resolve_identity_dots(std::vector<std::vector<CodonCell>>& rows) {
+  if (rows.empty()) return;
+  const auto& first = rows[0];
+  for (size_t i = 1; i < rows.size(); ++i)
+    for (size_t c = 0; c < rows[i].size(); ++c)
+      for (size_t k = 0; k < 3; ++k)
+        if (rows[i][c][k] == '.') rows[i][c][k] = first[c][k];
+}
+
+}  // namespace
+
+InputStatus clean_alignment(SequenceData& seq, long cell_count) {
+  const long long count = whole_count(seq.SeqCount);
+  const size_t rows = count > 0 ? static_cast<size_t>(count) : 0;
+  const size_t cells = cell_count > 0 ? static_cast<size_t>(cell_count) : 0;
+  seq.SeqCodons.resize(rows);
+  seq.SeqNames.resize(rows);
+  for (auto& row : seq.SeqCodons) row.resize(cells, CodonCell{' ', ' ', ' '});
+  resolve_identity_dots(seq.SeqCodons);
+
+  seq.CodonCellCount = static_cast<float>(cell_count);
+  if (seq.SeqCount <= 0 || seq.SeqLength <= 0 || cell_count <= 0)
+    return input_failure(InputProblem::FormatError);
+  seq.SequenceLoaded = 1;
+
+  // Complete deletion: a cell gives a clean codon only if every sequence has
+  // a valid letter at all three places, and each place gives a clean site only
+  // if every sequence has a valid letter there.
+  // Bits 0-2 of a cell's mark: that place holds an invalid letter somewhere.
+  std::vector<unsigned char> invalid(cells, 0);
+  for (const auto& row : seq.SeqCodons)
+    for (size_t c = 0; c < cells; ++c)
+      for (size_t k = 0; k < 3; ++k)
+        if (valid_upper(row[c][k]) == 0) invalid[c] |= static_cast<unsigned char>(1u << k);
+  long codons = 0, sites = 0;
+  for (unsigned char mark : invalid) {
+    if (mark == 0) ++codons;
+    for (size_t k = 0; k < 3; ++k)
+      if ((mark >> k & 1u) == 0) ++sites;
+  }
+
+  seq.CleanCodons.assign(rows, {});
+  seq.CleanSites.assign(rows, {});
+  for (size_t i = 0; i < rows; ++i) {
+    const auto& row = seq.SeqCodons[i];
+    auto& clean_codons = seq.CleanCodons[i];
+    auto& clean_sites = seq.CleanSites[i];
+    clean_codons.reserve(static_cast<size_t>(codons));
+    clean_sites.reserve(static_cast<size_t>(sites));
+    for (size_t c = 0; c < cells; ++c) {
+      const CodonCell& cell = row[c];
+      if (invalid[c] == 0)
+        clean_codons.push_back(
+            CodonCell{valid_upper(cell[0]), valid_upper(cell[1]), valid_upper(cell[2])});
+      for (size_t k = 0; k < 3; ++k)
+        if ((invalid[c] >> k & 1u) == 0) clean_sites.push_back(valid_upper(cell[k]));
+    }
+  }
+  seq.CodonCount = codons;
+  seq.NucleotideCount = sites;
+  seq.CleanCodonTotal = codons;
+  seq.SeqCountCopy = seq.SeqCount;
+  seq.PairCount = seq.SeqCount * (seq.SeqCount - 1) / 2;
+  return {};
+}
+
+}  // namespace varnoth::input

@@ -1,0 +1,54 @@
+#include "input/codon_cutting.h"
+
+#include <cmath>
+
+#include "input/line_list.h"
+
+namespace varnoth::input {
+
+double cell_room(double seq_length) { return std::nearbyint(1 + seq_length / 3); }
+
+bool CodonCutter::store(const char* letters, int count) {
+  if (static_cast<double>(cells_.size()) + 1 > room_) return false;
+  CodonCell cell{' ', ' ', ' '};
+  for (int k = 0; k < count; ++k) cell[static_cast<size_t>(k)] = letters[k];
+  cells_.push_back(cell);
+  return true;
+}
+
+bool CodonCutter::add(std::string_view data) {
+  last_letters_ = carried_;
+  for (char c : data) {
+    if (is_blank(c)) continue;
+    ++last_letters_;
+    carry_[carried_++] = c;
+    if (carried_ == 3) {
+      if (!store(carry_, 3)) return false;
+      carried_ = 0;
+    }
+  }
+  return true;
+}
+
+bool CodonCutter::finish() {
+  if (carried_ == 0) return true;
+  int count = carried_;
+  carried_ = 0;
+  return store(carry_, count);
+}
+
+bool CodonCutter::finish_without_star() {
+  if (carried_ > 1) {  // the carry less its last letter
+    int count = carried_ - 1;
+    carried_ = 0;
+    return store(carry_, count);
+  }
+  if (carried_ == 0) {  // the "*" closed the last cell: keep its first two letters
+    if (!cells_.empty()) cells_.back()[2] = ' ';
+    return true;
+  }
+  carried_ = 0;  // a carry of one letter is the "*" alone
+  return true;
+}
+
+}  // namespace varnoth::input
