@@ -1,5 +1,6 @@
 #include "cli/commands.h"
 
+#include <filesystem>
 #include <iostream>
 
 #include <CLI/CLI.hpp>
@@ -98,11 +99,19 @@ bool apply_options(Session& s, const RunOptions& o, std::ostream& err) {
   return true;
 }
 
+// The extension is read behind the first "." of the path: pass the path as a
+// dialog would give it, absolute and without "./" or "../".
+std::string dialog_path(const std::string& path) {
+  std::error_code ec;
+  auto absolute = std::filesystem::absolute(path, ec);
+  return ec ? path : absolute.lexically_normal().string();
+}
+
 }  // namespace
 
 int info_command(const std::string& path, std::ostream& out, std::ostream& err) {
   Session s(err);
-  const input::InputStatus status = input::load_sequence_file(s.rec, s.platform, path);
+  const input::InputStatus status = input::load_sequence_file(s.rec, s.platform, dialog_path(path));
   if (!status.ok()) return 1;
   out << s.rec.form.Text1.text;
   return 0;
@@ -110,7 +119,7 @@ int info_command(const std::string& path, std::ostream& out, std::ostream& err) 
 
 int run_command(const RunOptions& o, std::ostream& out, std::ostream& err) {
   Session s(err);
-  if (!input::load_sequence_file(s.rec, s.platform, o.input).ok()) return 1;
+  if (!input::load_sequence_file(s.rec, s.platform, dialog_path(o.input)).ok()) return 1;
   if (!apply_options(s, o, err)) return 1;
   std::optional<MatrixItem> item;
   if (!o.matrix_item.empty()) {

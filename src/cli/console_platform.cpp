@@ -37,14 +37,22 @@ std::string ConsolePlatform::save_file(const FileDialogRequest&) {
   return path;
 }
 
-ClockReading clock_at(long long epoch_seconds) {
-  const std::time_t t = static_cast<std::time_t>(epoch_seconds);
-  std::tm tm{};
-  gmtime_r(&t, &tm);
+namespace {
+
+ClockReading reading_of(const std::tm& tm) {
   char date[16], time[16];
   std::strftime(date, sizeof date, "%m/%d/%Y", &tm);
   std::strftime(time, sizeof time, "%H:%M:%S", &tm);
   return {date, time, static_cast<double>(tm.tm_hour * 3600 + tm.tm_min * 60 + tm.tm_sec)};
+}
+
+}  // namespace
+
+ClockReading clock_at(long long epoch_seconds) {
+  const std::time_t t = static_cast<std::time_t>(epoch_seconds);
+  std::tm tm{};
+  gmtime_r(&t, &tm);
+  return reading_of(tm);
 }
 
 ClockReading ConsolePlatform::clock() {
@@ -54,10 +62,7 @@ ClockReading ConsolePlatform::clock() {
   const std::time_t t = std::chrono::system_clock::to_time_t(now);
   std::tm tm{};
   localtime_r(&t, &tm);
-  char date[16], time[16];
-  std::strftime(date, sizeof date, "%m/%d/%Y", &tm);
-  std::strftime(time, sizeof time, "%H:%M:%S", &tm);
-  return {date, time, static_cast<double>(tm.tm_hour * 3600 + tm.tm_min * 60 + tm.tm_sec)};
+  return reading_of(tm);
 }
 
 std::string ConsolePlatform::current_directory() {

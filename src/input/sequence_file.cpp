@@ -9,6 +9,7 @@
 #include "input/input_report.h"
 #include "input/line_list.h"
 #include "input/readers.h"
+#include "state/options.h"
 #include "state/summary.h"
 
 namespace varnoth::input {
@@ -52,20 +53,6 @@ InputStatus read_stages(std::string_view bytes, std::string_view path, SequenceD
   }
   stages.reformatting();
   return clean_alignment(seq, cell_count);
-}
-
-// Steps 9-12 of opening: the panes as if nothing were loaded.
-void reset_panes(AnalysisRecord& rec) {
-  Form& f = rec.form;
-  f.Picture1.visible = false;
-  f.SSTab2.visible = false;
-  f.Label1.visible = false;
-  f.Label2.visible = false;
-  f.SSTab1.visible = true;
-  f.Text1.text = kNoSequenceInformation;
-  f.Text2.visible = true;
-  f.SSTab1Page = 1;
-  rebuild_summary(rec, SummaryTail::None);
 }
 
 // The state of the last analysis: region, windows, last estimates, results page.
@@ -125,7 +112,7 @@ InputStatus open_sequence_file(AnalysisRecord& rec, Platform& platform) {
 InputStatus load_sequence_file(AnalysisRecord& rec, Platform& platform, const std::string& path) {
   rec.form.Fichero1.text = path;
   rec.seq.InputFileName = std::string(file_name_of(path));
-  reset_panes(rec);
+  show_empty_panes(rec, SummaryTail::None);  // the summary without region lines
   reset_last_analysis(rec);
   platform.busy(true);
 

@@ -32,11 +32,24 @@ void pad(std::string& out, std::size_t len, std::size_t width) {
   if (len < width) out.append(width - len, ' ');
 }
 
-void comparison_line(std::string& out, long number) {
-  out += " Comparison # ";
-  append_plain(out, number);
+// label & number CRLF
+template <typename Number>
+void numbered_line(std::string& out, std::string_view label, Number value) {
+  out += label;
+  append_plain(out, value);
   out += kCrlf;
 }
+
+// label & first & " -" & last CRLF
+void range_line(std::string& out, std::string_view label, double first, double last) {
+  out += label;
+  append_plain(out, first);
+  out += " -";
+  append_plain(out, last);
+  out += kCrlf;
+}
+
+void comparison_line(std::string& out, long number) { numbered_line(out, " Comparison # ", number); }
 
 void names(std::string& out, const ComparisonPlace& place) {
   out += " Seq. A: ";
@@ -66,20 +79,10 @@ void noncoding_head(std::string& out, const RunLayout& run, const ComparisonPlac
   }
   if (const WindowPlace* w = place.window) {
     line(out, kWindowStars);
-    out += " WINDOW #";
-    append_plain(out, w->index);
-    out += kCrlf;
-    out += " Nuc:";
-    append_plain(out, w->first);
-    out += " -";
-    append_plain(out, w->last);
-    out += kCrlf;
-    out += " Number of Nucleotide positions in Region: ";
-    append_plain(out, w->last - w->first + 1);
-    out += kCrlf;
-    out += " Number of Analyzed positions:   ";
-    append_plain(out, sites);
-    out += kCrlf;
+    numbered_line(out, " WINDOW #", w->index);
+    range_line(out, " Nuc:", w->first, w->last);
+    numbered_line(out, " Number of Nucleotide positions in Region: ", w->last - w->first + 1);
+    numbered_line(out, " Number of Analyzed positions:   ", sites);
   }
 }
 
@@ -95,34 +98,17 @@ void coding_head(std::string& out, const RunLayout& run, const ComparisonPlace& 
     out += kCrlf;
   }
   if (first_window(place)) names(out, place);
-  if (run.max_one_change || run.only_aa_change) {
-    out += " Number of Analyzed positions:   ";
-    append_plain(out, 3 * codons);
-    out += kCrlf;
-  }
+  if (run.max_one_change || run.only_aa_change)
+    numbered_line(out, " Number of Analyzed positions:   ", 3 * codons);
   if (const WindowPlace* w = place.window) {
     const double first_codon = codon_of_first(w->first);
     const double last_codon = codon_of_first(w->last);
     line(out, kWindowStars);
-    out += " WINDOW #";
-    append_plain(out, w->index);
-    out += kCrlf;
-    out += "     nuc:";
-    append_plain(out, w->first);
-    out += " -";
-    append_plain(out, w->last);
-    out += kCrlf;
-    out += "   codon:";
-    append_plain(out, first_codon);
-    out += " -";
-    append_plain(out, last_codon);
-    out += kCrlf;
-    out += " Number of Nucleotide positions in Region: ";
-    append_plain(out, 3 * (1 + last_codon - first_codon));
-    out += kCrlf;
-    out += " Number of Analyzed positions:   ";
-    append_plain(out, 3 * codons);
-    out += kCrlf;
+    numbered_line(out, " WINDOW #", w->index);
+    range_line(out, "     nuc:", w->first, w->last);
+    range_line(out, "   codon:", first_codon, last_codon);
+    numbered_line(out, " Number of Nucleotide positions in Region: ", 3 * (1 + last_codon - first_codon));
+    numbered_line(out, " Number of Analyzed positions:   ", 3 * codons);
   }
 }
 
@@ -241,20 +227,15 @@ void append_positions_block(std::string& out, const RunLayout& run, double seq_l
                             double first, double last, const std::string& region_text,
                             long analyzed) {
   if (run.window) {
-    out += " Number of Total Nucleotide positions: ";
-    append_plain(out, seq_length);
-    out += kCrlf;
+    numbered_line(out, " Number of Total Nucleotide positions: ", seq_length);
   } else if (run.region) {
-    out += " Number of Total Nucleotide positions: ";
-    append_plain(out, seq_length);
-    out += kCrlf;
+    numbered_line(out, " Number of Total Nucleotide positions: ", seq_length);
     out += kCrlf;
     out += " Region analyzed :";
     append_plain(out, first);
     out += " -";
     append_plain(out, last);
-    out += " nuc.";
-    out += kCrlf;
+    line(out, " nuc.");
     if (run.coding) {
       const double first_codon = codon_of_first(first);
       const double last_codon = std::floor(last / 3);
@@ -277,11 +258,8 @@ void append_positions_block(std::string& out, const RunLayout& run, double seq_l
   if (!run.window) {
     out += region_text;
     out += kCrlf;
-    if (!run.max_one_change && !run.only_aa_change) {
-      out += " Number of Analyzed positions:   ";
-      append_plain(out, analyzed);
-      out += kCrlf;
-    }
+    if (!run.max_one_change && !run.only_aa_change)
+      numbered_line(out, " Number of Analyzed positions:   ", analyzed);
   } else {
     out += kCrlf;
   }

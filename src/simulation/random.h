@@ -9,7 +9,8 @@ namespace varnoth::simulation {
 
 class UniformRandom {
  public:
-  explicit UniformRandom(std::uint64_t seed = 0) { reseed(seed); }
+  UniformRandom() { reseed(0); }
+  explicit UniformRandom(std::uint64_t seed) { reseed(seed); }
 
   void reseed(std::uint64_t seed) {
     for (auto& word : s_) {

@@ -42,9 +42,8 @@ void start_up(AnalysisRecord& rec) {
   rec.menu.Weighted.checked = false;
 }
 
-void title_page_click(AnalysisRecord& rec) {
+void show_empty_panes(AnalysisRecord& rec, SummaryTail tail) {
   Form& f = rec.form;
-  rec.menu.Confidence_Intervals_menu.enabled = true;
   f.Picture1.visible = false;
   f.SSTab2.visible = false;
   f.Label1.visible = false;
@@ -54,7 +53,12 @@ void title_page_click(AnalysisRecord& rec) {
   f.Text1.text = kNoSequence;
   f.Text2.visible = true;
   f.SSTab1Page = 1;
-  rebuild_summary(rec);
+  rebuild_summary(rec, tail);
+}
+
+void title_page_click(AnalysisRecord& rec) {
+  rec.menu.Confidence_Intervals_menu.enabled = true;
+  show_empty_panes(rec, SummaryTail::WindowText);
 }
 
 void click_coding(AnalysisRecord& rec) {

@@ -4,12 +4,17 @@
 
 #include "state/platform.h"
 #include "state/record.h"
+#include "state/summary.h"
 
 namespace varnoth {
 
 enum class Restriction { MaxOneChange, No3Diff, OnlyAaChange };
 
 void start_up(AnalysisRecord& rec);
+
+// The working panes as they stand with nothing loaded: the title page gone,
+// " No Sequence Information... " in Text1, the summary on page 1.
+void show_empty_panes(AnalysisRecord& rec, SummaryTail tail);
 
 // A click on the title page (any of its four controls).
 void title_page_click(AnalysisRecord& rec);

@@ -1,0 +1,121 @@
+// The command line end to end: info, run with its output files, exit codes.
+#include <cstdlib>
+#include <filesystem>
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+#include "cli/commands.h"
+#include "support/paths.h"
+
+namespace {
+
+using varnoth::testing::read_file;
+using varnoth::testing::scratch_dir;
+using varnoth::testing::source_path;
+
+struct Result {
+  int code;
+  std::string out, err;
+};
+
+Result cli(std::vector<std::string> args) {
+  args.insert(args.begin(), "varnoth");
+  std::vector<char*> argv;
+  for (auto& a : args) argv.push_back(a.data());
+  std::ostringstream o, e;
+  int rc = varnoth::cli::run(static_cast<int>(argv.size()), argv.data(), o, e);
+  return {rc, o.str(), e.str()};
+}
+
+TEST(Info, EveryExampleFormat) {
+  const std::pair<const char*, const char*> formats[] = {
+      {"gde", "GDE"},     {"lwl", "LWL (91) / Text"}, {"meg", "MEGA"}, {"pir", "NBRF/PIR"},
+      {"aln", "CLUSTAL"}, {"msf", "MSF"},             {"phy", "PHYLIP"}};
+  for (const auto& [ext, label] : formats) {
+    const auto r = cli({"info", source_path(std::string("examples/coding/primates.") + ext)});
+    ASSERT_EQ(r.code, 0) << ext << r.err;
+    EXPECT_NE(r.out.find(std::string(" Input File Format: ") + label + "\r\n"), std::string::npos)
+        << ext;
+    EXPECT_NE(r.out.find(" Number of Sequences:                6\r\n"), std::string::npos) << ext;
+    EXPECT_NE(r.out.find(" Number of Nucleotide positions:   900\r\n"), std::string::npos) << ext;
+    EXPECT_EQ(r.out.rfind(" Input File Name:   primates.", 0), 0u) << ext;
+  }
+}
+
+TEST(Info, RefusedFilesExitOneWithTheMessage) {
+  for (const char* name : {"fasta_like.aln", "empty.gde", "binary.dat", "no_format.txt"}) {
+    const auto r = cli({"info", source_path(std::string("examples/malformed/") + name)});
+    EXPECT_EQ(r.code, 1) << name;
+    EXPECT_TRUE(r.out.empty()) << name;
+    EXPECT_NE(r.err.find("OPEN SEQUENCE FILE"), std::string::npos) << name << r.err;
+  }
+  EXPECT_EQ(cli({"info", "/no/such/file.meg"}).code, 1);
+}
+
+TEST(Usage, ErrorsExitTwo) {
+  EXPECT_EQ(cli({"run"}).code, 2);
+  EXPECT_EQ(cli({"run", "x.meg", "--code", "klingon"}).code, 2);
+  EXPECT_EQ(cli({"run", "x.meg", "--method", "jc,xyz"}).code, 2);
+  EXPECT_EQ(cli({"run", "x.meg", "--matrix", "ks"}).code, 2);  // no -m
+  EXPECT_EQ(cli({"run", "x.meg", "--noncoding", "--coding"}).code, 2);
+  EXPECT_EQ(cli({"--help"}).code, 0);
+}
+
+TEST(Run, WritesReportWindowTableAndMatrix) {
+  ::setenv("SOURCE_DATE_EPOCH", "86400", 1);
+  const std::string dir = scratch_dir();
+  const std::string in = source_path("examples/noncoding/introns.meg");
+  auto r = cli({"run", in, "--noncoding", "--method", "all", "-o", dir + "/a.out", "--matrix",
+                "k2p", "-m", dir + "/a.dis"});
+  ASSERT_EQ(r.code, 0) << r.err;
+  EXPECT_TRUE(r.out.empty());
+  const std::string report = read_file(dir + "/a.out");
+  const std::string head =
+      "\r\n Varnoth v6.0\r\n 01/02/1970  00:00:00\r\n " + std::string(64, '*') + "\r\n";
+  EXPECT_EQ(report.rfind(head + " NONCODING DIVERGENCE ANALYSIS\r\n", 0), 0u);
+  const std::string matrix = read_file(dir + "/a.dis");
+  EXPECT_EQ(matrix.rfind("#MEGA\r\nTITLE: Varnoth v6.0  * Divergence Matrix Output *\r\n", 0), 0u);
+  EXPECT_NE(matrix.find("Input File Name:                " + dir + "/a.dis\r\n"),
+            std::string::npos);
+
+  r = cli({"run", in, "--noncoding", "--window", "180:60", "--win", dir + "/a.win"});
+  ASSERT_EQ(r.code, 0) << r.err;
+  EXPECT_EQ(read_file(dir + "/a.win").rfind("Begin(bp)\tEnd(bp)\tMiddle(bp)\tK-2p\r\n", 0), 0u);
+  EXPECT_NE(r.out.find(" WINDOW #1\r\n"), std::string::npos);
+
+  // A matrix of a window run does not exist: the run is done, the matrix refused.
+  r = cli({"run", in, "--noncoding", "--window", "180:60", "--matrix", "jc", "-m", dir + "/b.dis"});
+  EXPECT_EQ(r.code, 1);
+  EXPECT_FALSE(std::filesystem::exists(dir + "/b.dis"));
+  ::unsetenv("SOURCE_DATE_EPOCH");
+}
+
+TEST(Run, RefusedOptionsExitOne) {
+  const std::string in = source_path("examples/coding/primates.meg");
+  auto r = cli({"run", in, "--weight", "1.5"});
+  EXPECT_EQ(r.code, 1);
+  EXPECT_NE(r.err.find("Invalid weight (0<=Prob<=1)!"), std::string::npos);
+  r = cli({"run", in, "--window", "10:5"});
+  EXPECT_EQ(r.code, 1);
+  EXPECT_NE(r.err.find("Window Size Too small !"), std::string::npos);
+  r = cli({"run", in, "--region", "50-50"});
+  EXPECT_EQ(r.code, 1);
+  EXPECT_NE(r.err.find("region 50-50 refused"), std::string::npos);
+  r = cli({"run", in, "--matrix", "jc", "-m", "/tmp/x.dis"});
+  EXPECT_EQ(r.code, 2);  // a noncoding item for a coding run
+}
+
+TEST(Run, CodingRestrictionsAndCodesReachTheReport) {
+  const std::string in = source_path("examples/coding/primates.aln");
+  auto r = cli({"run", in, "--restrict", "max1", "--code", "dromito", "--weight", "0.9"});
+  ASSERT_EQ(r.code, 0) << r.err;
+  EXPECT_EQ(r.out.rfind(" CODING DIVERGENCE ANALYSIS  * MAXIMUM ONE SUBSTITUTION PER CODON *\r\n"
+                        " Genetic Code: Drosophila Mitochondrial\r\n"
+                        " Multiple-pathways weight: Synonymous/Total =0.9\r\n"
+                        " Multiple-hits Correcting Method: Kimura-2p \r\n",
+                        0),
+            0u);
+}
+
+}  // namespace
