@@ -37,6 +37,20 @@ bool terminal_stop(const CodonCell& cell, GeneticCode code) {
 
 }  // namespace
 
+ColumnRange columns_in_cells(const FilteredAlignment& filtered, long first_cell, long last_cell) {
+  auto span_of = [&](const std::vector<long>& cells, std::size_t& begin, std::size_t& end) {
+    begin = static_cast<std::size_t>(std::lower_bound(cells.begin(), cells.end(), first_cell) -
+                                     cells.begin());
+    end = static_cast<std::size_t>(std::upper_bound(cells.begin(), cells.end(), last_cell) -
+                                   cells.begin());
+    if (end < begin) end = begin;
+  };
+  ColumnRange r;
+  span_of(filtered.codon_cells, r.codon_begin, r.codon_end);
+  span_of(filtered.site_cells, r.site_begin, r.site_end);
+  return r;
+}
+
 void filter_alignment(const SequenceData& seq, long sequences, const FilterRange& range,
                       bool coding, GeneticCode code, FilteredAlignment& out) {
   const auto n = static_cast<std::size_t>(std::max(0L, sequences));
@@ -44,6 +58,8 @@ void filter_alignment(const SequenceData& seq, long sequences, const FilterRange
   out.sites.resize(n);
   for (auto& c : out.codons) c.clear();
   for (auto& s : out.sites) s.clear();
+  out.codon_cells.clear();
+  out.site_cells.clear();
   if (n == 0) return;
   const long cells = static_cast<long>(seq.SeqCodons[0].size());
   const long last_cell = static_cast<long>(seq.CodonCellCount);
@@ -74,11 +90,13 @@ void filter_alignment(const SequenceData& seq, long sequences, const FilterRange
         const CodonCell up = {upper(cell[0]), upper(cell[1]), upper(cell[2])};
         out.codons[s].push_back(static_cast<std::uint8_t>(encode_codon(up)));
       }
+      out.codon_cells.push_back(c);
     }
     if (!range.rebuild_sites) {
       for (int p = 0; p < 3; ++p) {
         if (!position_ok[p]) continue;
         for (std::size_t s = 0; s < n; ++s) out.sites[s].push_back(upper(seq.SeqCodons[s][ci][p]));
+        out.site_cells.push_back(c);
       }
     }
   }
@@ -101,6 +119,7 @@ void filter_alignment(const SequenceData& seq, long sequences, const FilterRange
         ok = pi < letters[s].size() && valid_letter(letters[s][pi]);
       if (!ok) continue;
       for (std::size_t s = 0; s < n; ++s) out.sites[s].push_back(upper(letters[s][pi]));
+      out.site_cells.push_back(pos);
     }
   }
 }

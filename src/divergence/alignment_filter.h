@@ -15,6 +15,10 @@ struct FilteredAlignment {
   std::vector<std::vector<std::uint8_t>> codons;
   // [sequence], upper-case letters A, C, G, T.
   std::vector<std::string> sites;
+  // The codon cell (from 1) each kept codon and each kept site came from (for
+  // a region's rebuilt sites: the nucleotide position).
+  std::vector<long> codon_cells;
+  std::vector<long> site_cells;
   long codon_count() const { return codons.empty() ? 0 : static_cast<long>(codons[0].size()); }
   long site_count() const { return sites.empty() ? 0 : static_cast<long>(sites[0].size()); }
 };
@@ -26,6 +30,15 @@ struct FilterRange {
   long first_site = 1;         // with rebuild_sites: nucleotide range, inclusive
   long last_site = 0;
 };
+
+// The kept codons and sites that came from cells first..last: since a column
+// is kept or not by its own letters, the columns of a window are the columns of
+// the whole alignment that lie in it.
+struct ColumnRange {
+  std::size_t codon_begin = 0, codon_end = 0;
+  std::size_t site_begin = 0, site_end = 0;
+};
+ColumnRange columns_in_cells(const FilteredAlignment& filtered, long first_cell, long last_cell);
 
 // Filters the sequences 1..`sequences` of `seq.SeqCodons` over `range`. With
 // `coding`, a stop codon of `code` in any sequence of the alignment's last codon

@@ -1,7 +1,7 @@
 #include "divergence/driver.h"
 
 #include <cmath>
-#include <map>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -10,6 +10,7 @@
 #include "divergence/coding_estimators.h"
 #include "divergence/genetic_code.h"
 #include "divergence/noncoding_estimators.h"
+#include "divergence/parallel.h"
 #include "divergence/site_classes.h"
 #include "reports/results_report.h"
 #include "state/options.h"
@@ -21,57 +22,177 @@ namespace varnoth::divergence {
 namespace {
 
 constexpr const char* kSequenceFileTitle = "    SEQUENCE FILE    ";
+constexpr std::size_t kBlock = 2048;  // comparisons (or windows) computed at a time
 
-// Scratch of one coding comparison, sized once per run.
-struct CodingScratch {
+enum class Selection { All, MaxOneChange, OnlyAaChange, No3Diff };
+
+// One comparison of a whole or region run, or one window of a comparison.
+struct Item {
+  long n = 0, a = 0, b = 0;
+  reports::WindowPlace window;  // index 0 outside window runs
+  ColumnRange columns;
+};
+
+// What the computation of an item leaves for the ordered pass.
+struct ItemResult {
+  enum class Kind { Done, Empty, StopCodon, NoPathway } kind = Kind::Done;
+  long count = 0;  // sites (noncoding) or codons compared (coding)
+  NoncodingResult noncoding;
+  ChangeAccountingResult changes;
+  SiteClassResult classes;
+  CodingResult coding;
+};
+
+struct Scratch {
   std::vector<Codon> codons1, codons2;
   std::vector<float> syn, nonsyn;
 };
 
-enum class PairOutcome { Done, Empty, Failed };
+struct PairSettings {
+  GeneticCode code = GeneticCode::Universal;
+  float weight = 0.5f;
+  Selection selection = Selection::All;
+};
+
+int differences(int x, int y) {
+  int d = 0;
+  for (int p = 0; p < 3; ++p) d += nucleotide_at(x, p) != nucleotide_at(y, p);
+  return d;
+}
+
+// The arithmetic of one item: a pure function of the filtered alignment and
+// the settings, so items can be computed on any thread in any order.
+void compute_noncoding(const FilteredAlignment& f, const Item& item, ItemResult& out) {
+  const auto& s1 = f.sites[static_cast<std::size_t>(item.a - 1)];
+  const auto& s2 = f.sites[static_cast<std::size_t>(item.b - 1)];
+  const std::size_t begin = item.columns.site_begin, end = item.columns.site_end;
+  out.count = static_cast<long>(end - begin);
+  if (out.count == 0) {
+    out.kind = ItemResult::Kind::Empty;
+    return;
+  }
+  out.kind = ItemResult::Kind::Done;
+  out.noncoding = estimate_noncoding(std::span<const char>(s1.data() + begin, end - begin),
+                                     std::span<const char>(s2.data() + begin, end - begin));
+}
+
+void compute_coding(const FilteredAlignment& f, const Item& item, const PairSettings& settings,
+                    Scratch& scratch, ItemResult& out) {
+  const auto& all1 = f.codons[static_cast<std::size_t>(item.a - 1)];
+  const auto& all2 = f.codons[static_cast<std::size_t>(item.b - 1)];
+  const std::size_t begin = item.columns.codon_begin, end = item.columns.codon_end;
+  std::span<const Codon> c1(all1.data() + begin, end - begin);
+  std::span<const Codon> c2(all2.data() + begin, end - begin);
+  if (settings.selection != Selection::All) {
+    const CodeTables& tables = code_tables(settings.code);
+    scratch.codons1.clear();
+    scratch.codons2.clear();
+    for (std::size_t i = 0; i < c1.size(); ++i) {
+      const int x = c1[i], y = c2[i];
+      const int d = differences(x, y);
+      bool take = false;
+      switch (settings.selection) {
+        case Selection::MaxOneChange: take = d <= 1; break;
+        case Selection::No3Diff: take = d < 3; break;
+        case Selection::OnlyAaChange:
+          // Both codons of a pair it weighs are translated: a stop ends the run.
+          if (d < 3 && (tables.translates_to_stop[x] || tables.translates_to_stop[y])) {
+            out.kind = ItemResult::Kind::StopCodon;
+            return;
+          }
+          take = d < 3 && tables.amino_acid[x] != tables.amino_acid[y];
+          break;
+        case Selection::All: break;
+      }
+      if (take) {
+        scratch.codons1.push_back(c1[i]);
+        scratch.codons2.push_back(c2[i]);
+      }
+    }
+    c1 = scratch.codons1;
+    c2 = scratch.codons2;
+  }
+  out.count = static_cast<long>(c1.size());
+  if (out.count == 0) {
+    out.kind = ItemResult::Kind::Empty;
+    return;
+  }
+  const std::size_t positions = 3 * c1.size();
+  if (scratch.syn.size() < positions) {
+    scratch.syn.resize(positions);
+    scratch.nonsyn.resize(positions);
+  }
+  const std::span<float> syn(scratch.syn.data(), positions);
+  const std::span<float> nonsyn(scratch.nonsyn.data(), positions);
+  out.changes = account_codon_changes(c1, c2, settings.code, settings.weight, syn, nonsyn);
+  if (out.changes.status == ChangeStatus::StopCodon) {
+    out.kind = ItemResult::Kind::StopCodon;
+    return;
+  }
+  if (out.changes.status == ChangeStatus::NoOpenPathway) {
+    out.kind = ItemResult::Kind::NoPathway;
+    return;
+  }
+  out.classes = account_site_classes(c1, c2, syn, nonsyn, settings.code);
+  if (out.classes.StopCodonFlag) {
+    out.kind = ItemResult::Kind::StopCodon;
+    return;
+  }
+  CodingClassSums sums;
+  sums.sites = out.classes.Sites;
+  sums.obs_ts = out.classes.ObsTS;
+  sums.obs_tv = out.classes.ObsTV;
+  out.coding = estimate_coding(sums);
+  out.kind = ItemResult::Kind::Done;
+}
 
 class Run {
  public:
-  Run(AnalysisRecord& rec, Platform& platform) : rec_(rec), platform_(platform) {}
+  Run(AnalysisRecord& rec, Platform& platform, const RunSettings& settings)
+      : rec_(rec), platform_(platform), settings_(settings), parallel_(settings.threads) {}
   bool execute();
 
  private:
-  void fail_one_sequence();
-  void fail_stop_codons(const std::string& message);
+  bool prepare();
+  bool next_item(Item& item);
+  void failure(const std::string& message);
   void progress(long n, long window);
-  const FilteredAlignment& filtered(long window_index, double first, double last);
-  void select_codons(long a, long b);
-  PairOutcome noncoding_pair(long n, long a, long b, const reports::WindowPlace* w);
-  PairOutcome coding_pair(long n, long a, long b, const reports::WindowPlace* w);
+  bool write(const Item& item, const ItemResult& result);
+  void write_noncoding(const Item& item, long n, const ItemResult& result);
+  void write_coding(const Item& item, long n, const ItemResult& result);
+  void after_item();
+  void flush(bool last);
   void finish();
 
   AnalysisRecord& rec_;
   Platform& platform_;
+  const RunSettings& settings_;
+  ParallelContext parallel_;
   reports::RunLayout run_;
-  GeneticCode code_ = GeneticCode::Universal;
+  PairSettings pair_;
   bool coding_ = true;
   bool window_ = false;
   long sequences_ = 0;
-  FilteredAlignment whole_;
-  std::map<long, FilteredAlignment> windows_;
-  const FilteredAlignment* current_ = nullptr;
-  CodingScratch scratch_;
+  double seq_length_ = 0;
+  FilteredAlignment filtered_;
   NoncodingCarry noncoding_carry_;
   CodingCarry coding_carry_;
   NoncodingEstimates last_noncoding_{};
   bool have_noncoding_ = false;
+  bool positions_written_ = false;
+  // Item walk.
+  long n_ = 1, a_ = 1, b_ = 2, window_index_ = 0;
+  bool walk_done_ = false;
+  // An empty pair ends the run: the comparison number jumps to the last one
+  // and only the remaining windows of that comparison follow.
+  bool ended_ = false;
+  long ended_a_ = 0, ended_b_ = 0;
+  double region_first_ = 1, region_last_ = 0;
+  // Report length handed to the sink so far, and what Text3 holds of it.
+  std::size_t report_flushed_ = 0;
 };
 
-void Run::fail_one_sequence() {
-  platform_.busy(false);
-  platform_.message(" There is ONLY ONE Sequence !!", kSequenceFileTitle, MessageIcon::Exclamation);
-  rec_.form.SSTab3.visible = false;
-  rec_.menu.AnalysisOptions.enabled = true;
-  rec_.menu.Diver.enabled = true;
-  rec_.results.StopCodonFlag = 0;
-}
-
-void Run::fail_stop_codons(const std::string& message) {
+void Run::failure(const std::string& message) {
   rec_.results.StopCodonFlag = 0;
   platform_.beep();
   platform_.busy(false);
@@ -79,12 +200,12 @@ void Run::fail_stop_codons(const std::string& message) {
   platform_.message(message, kSequenceFileTitle, MessageIcon::Exclamation);
   rec_.menu.AnalysisOptions.enabled = true;
   rec_.menu.Diver.enabled = true;
+  flush(true);
 }
 
 void Run::progress(long n, long window) {
   std::string& t = rec_.form.Text33.text;
   t.clear();
-  const long pairs = static_cast<long>(rec_.seq.PairCount);
   if (window_) {
     t += " Comp#";
     text::append_plain(t, n);
@@ -104,160 +225,183 @@ void Run::progress(long n, long window) {
       text::append_plain(t, rec_.seq.PairCount);
     }
   }
-  (void)pairs;
   platform_.yield();
 }
 
-const FilteredAlignment& Run::filtered(long window_index, double first, double last) {
-  auto it = windows_.find(window_index);
-  if (it != windows_.end()) return it->second;
+// The next comparison (or window) in run order; false when the walk is over.
+bool Run::next_item(Item& item) {
+  if (walk_done_) return false;
+  item.n = n_;
+  item.a = a_;
+  item.b = b_;
+  bool pair_done = true;
+  if (window_) {
+    const RegionFields& region = rec_.region;
+    ++window_index_;
+    const double first = 1 + static_cast<double>(window_index_ - 1) * region.WindowStep;
+    double last = region.WindowSize + static_cast<double>(window_index_ - 1) * region.WindowStep;
+    if (last > seq_length_) last = seq_length_;
+    item.window = {window_index_, first, last, static_cast<long>(std::floor((first - 1) / 3)) + 1,
+                   static_cast<long>(std::floor(last / 3))};
+    item.columns = columns_in_cells(filtered_, item.window.first_codon, item.window.last_codon);
+    pair_done = !(last < seq_length_);
+  } else {
+    item.window = {};
+    item.columns = {0, static_cast<std::size_t>(filtered_.codon_count()), 0,
+                    static_cast<std::size_t>(filtered_.site_count())};
+  }
+  if (pair_done) {
+    window_index_ = 0;
+    if (n_ >= rec_.seq.PairCount) {
+      walk_done_ = true;
+    } else {
+      ++n_;
+      ++b_;
+      if (b_ > rec_.seq.SeqCount) {
+        ++a_;
+        b_ = a_ + 1;
+      }
+    }
+  }
+  return true;
+}
+
+bool Run::prepare() {
+  Menu& m = rec_.menu;
+  Form& f = rec_.form;
+  RunResults& res = rec_.results;
+  SequenceData& seq = rec_.seq;
+  RegionFields& region = rec_.region;
+
+  // Menus, stores and the results page.
+  m.Confidence_Intervals_menu.enabled = true;
+  if (seq.PairCount < 3) f.MatrixBoton.visible = false;
+  const auto rows = static_cast<std::size_t>(std::max(0.0, std::floor(seq.PairCount))) + 1;
+  res.ComparisonStore.assign(rows, {});
+  res.StopCodonFlag = 0;
+  coding_ = m.Coding.checked;
+  window_ = region.WindowMode == 1;
+  res.PairStore.assign(coding_ ? rows : 2, PairStoreRow{});
+  seq.SeqCount = seq.SeqCountCopy;
+  f.Boto1.visible = true;
+  f.Boto2.visible = true;
+  f.Boto2.text = "Save Results";
+  f.SSTab3.visible = true;
+  f.Text3.visible = true;
+  f.BotoData.visible = window_;
+  res.LastPairLine.clear();
+
+  sequences_ = static_cast<long>(seq.SeqNames.size());
+  if (seq.SeqCount == 1) {
+    platform_.busy(false);
+    platform_.message(" There is ONLY ONE Sequence !!", kSequenceFileTitle,
+                      MessageIcon::Exclamation);
+    f.SSTab3.visible = false;
+    m.AnalysisOptions.enabled = true;
+    m.Diver.enabled = true;
+    res.StopCodonFlag = 0;
+    return false;
+  }
+  pair_.code = rec_.active_code();
+  pair_.weight = rec_.options.PathwayWeight;
+  pair_.selection = m.Max_One_Change.checked     ? Selection::MaxOneChange
+                    : m.Always_aa_change.checked ? Selection::OnlyAaChange
+                    : m.No_3_diff.checked        ? Selection::No3Diff
+                                                 : Selection::All;
+  if (window_) {
+    region.WindowSize = text::read_number(f.TextWinSize.text);
+    region.WindowStep = text::read_number(f.TextMovement.text);
+    region.WindowIndex = 0;
+    // Boxes edited after their Accept could hold no window at all; the walk
+    // would never reach the end of the sequence.
+    if (!(region.WindowSize >= 1 && region.WindowStep >= 1)) {
+      platform_.message("Invalid Information !", "", MessageIcon::Exclamation);
+      f.SSTab3.visible = false;
+      return false;
+    }
+  }
+  res.WindowDataText.clear();
+  res.ReportText.clear();
+  f.Text3.text.clear();
+  res.MethodNumber = method_number(m);
+  run_ = reports::layout_of(rec_, res.MethodNumber);
+  reports::append_run_head(res.ReportText, run_);
+  if (window_) reports::append_window_columns(res.WindowDataText, run_);
+
+  noncoding_carry_ = {rec_.last_noncoding.KimuraA, rec_.last_noncoding.KimuraB,
+                      rec_.last_noncoding.KTajima1p, rec_.last_noncoding.KTajima4p};
+  coding_carry_ = {res.handed_on.SES, res.handed_on.NES};
+
+  seq_length_ = seq.SeqLength;
+  region_last_ = seq_length_;
   FilterRange range;
-  range.first_codon = static_cast<long>(std::floor((first - 1) / 3)) + 1;
-  range.last_codon = static_cast<long>(std::floor(last / 3));
-  FilteredAlignment& f = windows_[window_index];
-  filter_alignment(rec_.seq, sequences_, range, coding_, code_, f);
-  return f;
+  range.last_codon = static_cast<long>(seq.CodonCellCount);
+  if (!window_ && region.RegionMode == 1) {
+    region_first_ = text::read_number(region.RegionFirst);
+    region_last_ = text::read_number(region.RegionLast);
+    range.first_codon = static_cast<long>(std::floor((region_first_ - 1) / 3)) + 1;
+    range.last_codon = static_cast<long>(std::floor(region_last_ / 3));
+    range.rebuild_sites = true;
+    range.first_site = static_cast<long>(region_first_);
+    range.last_site = static_cast<long>(region_last_);
+  }
+  // Whether a column is kept depends on its own letters alone, so one pass
+  // over the alignment serves every window.
+  filter_alignment(seq, sequences_, range, coding_, pair_.code, filtered_);
+  res.CodingMode = coding_ ? 1 : 0;
+  platform_.busy(true);
+  f.Text33.visible = true;
+  f.CloseBotton.visible = false;
+  return true;
 }
 
-void Run::select_codons(long a, long b) {
-  const auto& c1 = current_->codons[static_cast<std::size_t>(a - 1)];
-  const auto& c2 = current_->codons[static_cast<std::size_t>(b - 1)];
-  auto& s1 = scratch_.codons1;
-  auto& s2 = scratch_.codons2;
-  s1.clear();
-  s2.clear();
-  const Menu& m = rec_.menu;
-  const CodeTables& tables = code_tables(code_);
-  for (std::size_t i = 0; i < c1.size(); ++i) {
-    const int x = c1[i], y = c2[i];
-    int differ = 0;
-    for (int p = 0; p < 3; ++p) differ += nucleotide_at(x, p) != nucleotide_at(y, p);
-    bool take = true;
-    if (m.Max_One_Change.checked) {
-      take = differ <= 1;
-    } else if (m.Always_aa_change.checked) {
-      take = differ < 3 && tables.amino_acid[x] != tables.amino_acid[y];
-    } else if (m.No_3_diff.checked) {
-      take = differ < 3;
-    }
-    if (take) {
-      s1.push_back(static_cast<Codon>(x));
-      s2.push_back(static_cast<Codon>(y));
-    }
+void Run::write_noncoding(const Item& item, long n, const ItemResult& r) {
+  RunResults& res = rec_.results;
+  const reports::WindowPlace* w = window_ ? &item.window : nullptr;
+  reports::ComparisonPlace place{n, rec_.seq.SeqNames[static_cast<std::size_t>(item.a - 1)],
+                                 rec_.seq.SeqNames[static_cast<std::size_t>(item.b - 1)], w};
+  if (r.kind == ItemResult::Kind::Empty) {
+    reports::append_noncoding_empty(res.ReportText, run_, place, r.count);
+    return;
   }
-}
-
-PairOutcome Run::noncoding_pair(long n, long a, long b, const reports::WindowPlace* w) {
-  const std::string& s1 = current_->sites[static_cast<std::size_t>(a - 1)];
-  const std::string& s2 = current_->sites[static_cast<std::size_t>(b - 1)];
-  const long sites = static_cast<long>(s1.size());
-  rec_.seq.NucleotideCount = sites;
-  reports::ComparisonPlace place{n, rec_.seq.SeqNames[static_cast<std::size_t>(a - 1)],
-                                 rec_.seq.SeqNames[static_cast<std::size_t>(b - 1)], w};
-  std::string& report = rec_.results.ReportText;
-  if (sites == 0) {
-    reports::append_noncoding_empty(report, run_, place, sites);
-    return PairOutcome::Empty;
-  }
-  const NoncodingResult result = estimate_noncoding(s1, s2);
-  const NoncodingEstimates e = apply_carry(noncoding_carry_, result);
+  const NoncodingEstimates e = apply_carry(noncoding_carry_, r.noncoding);
   noncoding_carry_ = carry_of(e);
   last_noncoding_ = e;
   have_noncoding_ = true;
   const NoncodingNotApplicable na = not_applicable(e);
-  reports::append_noncoding_comparison(report, run_, place, sites, e, na);
-
-  auto cell = [](double v, bool not_applicable) { return StoreCell{v, not_applicable}; };
-  ComparisonRow& row = rec_.results.ComparisonStore[static_cast<std::size_t>(n)];
-  row[1] = cell(e.k_jukes_cantor, na.jukes_cantor);
-  row[2] = cell(e.k_kimura, na.kimura);
-  row[3] = cell(e.kimura_a, na.kimura);
-  row[4] = cell(e.kimura_b, na.kimura);
-  row[5] = cell(e.k_tajima_nei, na.tajima_nei);
-  row[6] = cell(e.k_tajima_1p, na.tajima_1p);
-  row[7] = cell(e.k_tajima_2p, na.tajima_2p);
-  row[8] = cell(e.k_tajima_4p, na.tajima_4p);
-  row[9] = cell(e.obs_p + e.obs_q, false);
-  if (w != nullptr)
-    reports::append_noncoding_window_row(rec_.results.WindowDataText, run_, *w, e, na);
-  return PairOutcome::Done;
+  reports::append_noncoding_comparison(res.ReportText, run_, place, r.count, e, na);
+  ComparisonRow& row = res.ComparisonStore[static_cast<std::size_t>(n)];
+  row[1] = {e.k_jukes_cantor, na.jukes_cantor};
+  row[2] = {e.k_kimura, na.kimura};
+  row[3] = {e.kimura_a, na.kimura};
+  row[4] = {e.kimura_b, na.kimura};
+  row[5] = {e.k_tajima_nei, na.tajima_nei};
+  row[6] = {e.k_tajima_1p, na.tajima_1p};
+  row[7] = {e.k_tajima_2p, na.tajima_2p};
+  row[8] = {e.k_tajima_4p, na.tajima_4p};
+  row[9] = {e.obs_p + e.obs_q, false};
+  if (w != nullptr) reports::append_noncoding_window_row(res.WindowDataText, run_, *w, e, na);
 }
 
-PairOutcome Run::coding_pair(long n, long a, long b, const reports::WindowPlace* w) {
-  reports::ComparisonPlace place{n, rec_.seq.SeqNames[static_cast<std::size_t>(a - 1)],
-                                 rec_.seq.SeqNames[static_cast<std::size_t>(b - 1)], w};
-  std::string& report = rec_.results.ReportText;
-  // Pair selection translates the codons it weighs: a stop there ends the run.
-  if (rec_.menu.Always_aa_change.checked) {
-    const CodeTables& tables = code_tables(code_);
-    const auto& c1 = current_->codons[static_cast<std::size_t>(a - 1)];
-    const auto& c2 = current_->codons[static_cast<std::size_t>(b - 1)];
-    for (std::size_t i = 0; i < c1.size(); ++i) {
-      int differ = 0;
-      for (int p = 0; p < 3; ++p) differ += nucleotide_at(c1[i], p) != nucleotide_at(c2[i], p);
-      if (differ < 3 && (tables.translates_to_stop[c1[i]] || tables.translates_to_stop[c2[i]])) {
-        fail_stop_codons(" There are STOP Codons !!");
-        return PairOutcome::Failed;
-      }
-    }
+void Run::write_coding(const Item& item, long n, const ItemResult& r) {
+  RunResults& res = rec_.results;
+  const reports::WindowPlace* w = window_ ? &item.window : nullptr;
+  reports::ComparisonPlace place{n, rec_.seq.SeqNames[static_cast<std::size_t>(item.a - 1)],
+                                 rec_.seq.SeqNames[static_cast<std::size_t>(item.b - 1)], w};
+  if (r.kind == ItemResult::Kind::Empty) {
+    reports::append_coding_empty(res.ReportText, run_, place, r.count);
+    return;
   }
-  select_codons(a, b);
-  const long codons = static_cast<long>(scratch_.codons1.size());
-  rec_.seq.CodonCount = codons;
-  if (codons == 0) {
-    reports::append_coding_empty(report, run_, place, codons);
-    return PairOutcome::Empty;
-  }
-  const auto positions = static_cast<std::size_t>(3 * codons);
-  if (scratch_.syn.size() < positions) {
-    scratch_.syn.resize(positions);
-    scratch_.nonsyn.resize(positions);
-  }
-  const std::span<float> syn(scratch_.syn.data(), positions);
-  const std::span<float> nonsyn(scratch_.nonsyn.data(), positions);
-  const ChangeAccountingResult changes = account_codon_changes(
-      scratch_.codons1, scratch_.codons2, code_, rec_.options.PathwayWeight, syn, nonsyn);
-  if (changes.status == ChangeStatus::StopCodon) {
-    fail_stop_codons(" There are STOP Codons !!");
-    return PairOutcome::Failed;
-  }
-  if (changes.status == ChangeStatus::NoOpenPathway) {
-    const CodonCell c1 = decode_codon(changes.codon1), c2 = decode_codon(changes.codon2);
-    std::string message = " No pathway between codons ";
-    message.append(c1.data(), 3);
-    message += " and ";
-    message.append(c2.data(), 3);
-    message += " avoids a STOP codon (codon #";
-    text::append_plain(message, changes.codon_number);
-    message += ", ";
-    message += place.name_a;
-    message += " / ";
-    message += place.name_b;
-    message += ") !!";
-    fail_stop_codons(message);
-    return PairOutcome::Failed;
-  }
-  const SiteClassResult classes =
-      account_site_classes(scratch_.codons1, scratch_.codons2, syn, nonsyn, code_);
-  if (classes.StopCodonFlag) {
-    fail_stop_codons(" There are STOP Codons !!");
-    return PairOutcome::Failed;
-  }
-  CodingClassSums sums;
-  sums.sites = classes.Sites;
-  sums.obs_ts = classes.ObsTS;
-  sums.obs_tv = classes.ObsTV;
-  const CodingEstimates e = apply_carry(coding_carry_, estimate_coding(sums));
+  const CodingEstimates e = apply_carry(coding_carry_, r.coding);
   coding_carry_ = carry_of(e);
-  reports::append_coding_comparison(report, run_, place, codons, classes, e);
+  reports::append_coding_comparison(res.ReportText, run_, place, r.count, r.classes, e);
 
   const bool jc = run_.jukes_cantor_run;
   const CodingHandedOn h = jc ? handed_on_jukes_cantor(e) : handed_on_kimura(e);
-  CodingHandedOnFields& out = rec_.results.handed_on;
-  out = {h.ks, h.ka, h.ks_method, h.ka_method, h.as, h.bs, h.aa, h.ba, e.ses, e.nes,
-         changes.PairGCContent};
+  res.handed_on = {h.ks, h.ka, h.ks_method, h.ka_method, h.as,  h.bs,
+                   h.aa, h.ba, e.ses,       e.nes,       r.changes.PairGCContent};
   if (!jc) {
-    ComparisonRow& row = rec_.results.ComparisonStore[static_cast<std::size_t>(n)];
+    ComparisonRow& row = res.ComparisonStore[static_cast<std::size_t>(n)];
     const bool ks_jc = !e.ks_jc_note.empty(), ka_jc = !e.ka_jc_note.empty();
     const bool ks_k = !e.ks_kimura_note.empty(), ka_k = !e.ka_kimura_note.empty();
     row[1] = {e.ks_jc, ks_jc};
@@ -270,158 +414,151 @@ PairOutcome Run::coding_pair(long n, long a, long b, const reports::WindowPlace*
     row[8] = {e.ba, ka_k};
     // The one-line summary of the last pair of a Kimura run: sequence numbers
     // in columns 1-4 and 6-9, Ks in 10-18, Ka in 20-27.
-    std::string& last = rec_.results.LastPairLine;
+    std::string& last = res.LastPairLine;
     last.clear();
-    text::append_right_aligned(last, a, 4);
+    text::append_right_aligned(last, item.a, 4);
     last += ' ';
-    text::append_right_aligned(last, b, 4);
+    text::append_right_aligned(last, item.b, 4);
     text::append_cell(last, h.ks, "##0.00000", 9);
     last += ' ';
     text::append_cell(last, h.ka, "#0.00000", 8);
   }
-  PairStoreRow& ps = rec_.results.PairStore[static_cast<std::size_t>(n)];
-  const float syn_sites = classes.Sites[1] + classes.Sites[2] + classes.Sites[3];
-  const float g = classes.SitesG[1] + classes.SitesG[2] + classes.SitesG[3];
-  const float c = classes.SitesC[1] + classes.SitesC[2] + classes.SitesC[3];
-  ps = {0,    static_cast<double>(h.ks_method), static_cast<double>(h.ka_method), h.ks, h.ka,
-        syn_sites, g, c, h.as, h.bs, h.aa, h.ba, e.ses, e.nes, changes.PairGCContent};
-  if (w != nullptr) reports::append_coding_window_row(rec_.results.WindowDataText, run_, *w, e);
-  return PairOutcome::Done;
+  const SiteClassResult& c = r.classes;
+  const float syn_sites = c.Sites[1] + c.Sites[2] + c.Sites[3];
+  const float g = c.SitesG[1] + c.SitesG[2] + c.SitesG[3];
+  const float cc = c.SitesC[1] + c.SitesC[2] + c.SitesC[3];
+  res.PairStore[static_cast<std::size_t>(n)] = {0,         static_cast<double>(h.ks_method),
+                                                static_cast<double>(h.ka_method),
+                                                h.ks,      h.ka,
+                                                syn_sites, g,
+                                                cc,        h.as,
+                                                h.bs,      h.aa,
+                                                h.ba,      e.ses,
+                                                e.nes,     r.changes.PairGCContent};
+  if (w != nullptr) reports::append_coding_window_row(res.WindowDataText, run_, *w, e);
+}
+
+// Text3 shows the report as it stood after the last comparison that found it
+// shorter than 60000 characters.
+void Run::after_item() {
+  std::string& text3 = rec_.form.Text3.text;
+  if (text3.size() >= 60000) return;
+  const std::string& pending = rec_.results.ReportText;
+  text3.resize(report_flushed_);
+  text3 += pending;
+}
+
+bool Run::write(const Item& item, const ItemResult& r) {
+  SequenceData& seq = rec_.seq;
+  if (ended_ && (item.a != ended_a_ || item.b != ended_b_)) return false;
+  const long n = ended_ ? static_cast<long>(std::floor(seq.PairCount)) : item.n;
+  if (item.b > sequences_ || item.a > sequences_) {
+    // A fractional count of sequences (an LWL file whose lines do not divide
+    // into records) walks past the sequences read.
+    failure(" The file holds fewer sequences than its count !!");
+    return false;
+  }
+  seq.CleanCodonTotal = static_cast<long>(item.columns.codon_end - item.columns.codon_begin);
+  seq.NucleotideCount = static_cast<long>(item.columns.site_end - item.columns.site_begin);
+  if (!positions_written_) {
+    const long analyzed = coding_ ? 3 * seq.CleanCodonTotal : seq.NucleotideCount;
+    reports::append_positions_block(rec_.results.ReportText, run_, seq_length_, region_first_,
+                                    region_last_, rec_.region.RegionText, analyzed);
+    positions_written_ = true;
+  }
+  if (window_) {
+    region_first_ = item.window.first;
+    region_last_ = item.window.last;
+    rec_.region.WindowIndex = static_cast<double>(item.window.index);
+    if (item.window.index == 1 && seq.PairCount > 1)
+      reports::append_window_names(rec_.results.WindowDataText,
+                                   seq.SeqNames[static_cast<std::size_t>(item.a - 1)],
+                                   seq.SeqNames[static_cast<std::size_t>(item.b - 1)]);
+  }
+  progress(n, item.window.index);
+  switch (r.kind) {
+    case ItemResult::Kind::StopCodon:
+      failure(" There are STOP Codons !!");
+      return false;
+    case ItemResult::Kind::NoPathway: {
+      const CodonCell c1 = decode_codon(r.changes.codon1), c2 = decode_codon(r.changes.codon2);
+      std::string message = " No pathway between codons ";
+      message.append(c1.data(), 3);
+      message += " and ";
+      message.append(c2.data(), 3);
+      message += " avoids a STOP codon (codon #";
+      text::append_plain(message, r.changes.codon_number);
+      message += ", ";
+      message += seq.SeqNames[static_cast<std::size_t>(item.a - 1)];
+      message += " / ";
+      message += seq.SeqNames[static_cast<std::size_t>(item.b - 1)];
+      message += ") !!";
+      failure(message);
+      return false;
+    }
+    case ItemResult::Kind::Empty:
+      if (!ended_) {
+        ended_ = true;
+        ended_a_ = item.a;
+        ended_b_ = item.b;
+      }
+      [[fallthrough]];
+    case ItemResult::Kind::Done:
+      if (coding_) {
+        seq.CodonCount = r.count;
+        write_coding(item, n, r);
+      } else {
+        write_noncoding(item, n, r);
+      }
+      break;
+  }
+  after_item();
+  return true;
+}
+
+// Hands what the run wrote so far to the sinks, where there are sinks.
+void Run::flush(bool last) {
+  RunResults& res = rec_.results;
+  if (settings_.report_sink && !res.ReportText.empty()) {
+    after_item();
+    settings_.report_sink(res.ReportText);
+    report_flushed_ += res.ReportText.size();
+    res.ReportText.clear();
+  }
+  if (settings_.window_table_sink && (!res.WindowDataText.empty() || last)) {
+    settings_.window_table_sink(res.WindowDataText);
+    res.WindowDataText.clear();
+  }
 }
 
 bool Run::execute() {
-  Menu& m = rec_.menu;
-  Form& f = rec_.form;
-  RunResults& res = rec_.results;
-  SequenceData& seq = rec_.seq;
-  RegionFields& region = rec_.region;
-
-  // Steps 1 to 3: menus, stores, the results page.
-  m.Confidence_Intervals_menu.enabled = true;
-  if (seq.PairCount < 3) f.MatrixBoton.visible = false;
-  res.ComparisonStore.assign(static_cast<std::size_t>(std::max(0.0, seq.PairCount)) + 1, {});
-  res.StopCodonFlag = 0;
-  coding_ = m.Coding.checked;
-  window_ = region.WindowMode == 1;
-  res.PairStore.assign(coding_ ? static_cast<std::size_t>(std::max(0.0, seq.PairCount)) + 1 : 2,
-                       PairStoreRow{});
-  seq.SeqCount = seq.SeqCountCopy;
-  f.Boto1.visible = true;
-  f.Boto2.visible = true;
-  f.Boto2.text = "Save Results";
-  f.SSTab3.visible = true;
-  f.Text3.visible = true;
-  f.BotoData.visible = window_;
-  res.LastPairLine.clear();
-
-  // Step 4.
-  sequences_ = static_cast<long>(seq.SeqNames.size());
-  if (seq.SeqCount == 1) {
-    fail_one_sequence();
-    return false;
-  }
-  code_ = rec_.active_code();
-  // Step 5.
-  if (window_) {
-    region.WindowSize = text::read_number(f.TextWinSize.text);
-    region.WindowStep = text::read_number(f.TextMovement.text);
-    res.WindowDataText.clear();
-    region.WindowIndex = 0;
-  }
-  // Step 6.
-  res.ReportText.clear();
-  f.Text3.text.clear();
-  res.MethodNumber = method_number(m);
-  run_ = reports::layout_of(rec_, res.MethodNumber);
-  reports::append_run_head(res.ReportText, run_);
-  if (window_) reports::append_window_columns(res.WindowDataText, run_);
-
-  noncoding_carry_ = {rec_.last_noncoding.KimuraA, rec_.last_noncoding.KimuraB,
-                      rec_.last_noncoding.KTajima1p, rec_.last_noncoding.KTajima4p};
-  coding_carry_ = {res.handed_on.SES, res.handed_on.NES};
-
-  const double seq_length = seq.SeqLength;
-  const long pair_count_whole = static_cast<long>(std::floor(seq.PairCount));
-  double region_first = 1, region_last = seq_length;
-  if (!window_ && region.RegionMode == 1) {
-    region_first = text::read_number(region.RegionFirst);
-    region_last = text::read_number(region.RegionLast);
-  }
-  // Whole and region runs filter once.
-  if (!window_) {
-    FilterRange range;
-    if (region.RegionMode == 1) {
-      range.first_codon = static_cast<long>(std::floor((region_first - 1) / 3)) + 1;
-      range.last_codon = static_cast<long>(std::floor(region_last / 3));
-      range.rebuild_sites = true;
-      range.first_site = static_cast<long>(region_first);
-      range.last_site = static_cast<long>(region_last);
-    } else {
-      range.last_codon = static_cast<long>(seq.CodonCellCount);
-    }
-    filter_alignment(seq, sequences_, range, coding_, code_, whole_);
-    current_ = &whole_;
-  }
-
-  long n = 1, a = 1, b = 2;
-  bool positions_written = false;
-  res.CodingMode = coding_ ? 1 : 0;
-  platform_.busy(true);
-  f.Text33.visible = true;
-  f.CloseBotton.visible = false;
+  if (!prepare()) return false;
+  std::vector<Item> items;
+  std::vector<ItemResult> results;
+  std::vector<Scratch> scratch(static_cast<std::size_t>(parallel_.threads()));
+  items.reserve(kBlock);
+  results.resize(kBlock);
   while (true) {
-    if (b > sequences_ || a > sequences_) {
-      // A fractional count of sequences (an LWL file whose lines do not divide
-      // into records) walks past the sequences read.
-      fail_stop_codons(" The file holds fewer sequences than its count !!");
-      return false;
-    }
-    long window_index = 0;
-    bool more_windows = false;
-    do {
-      reports::WindowPlace place;
-      if (window_) {
-        ++window_index;
-        region_first = 1 + (window_index - 1) * region.WindowStep;
-        region_last = region.WindowSize + (window_index - 1) * region.WindowStep;
-        if (region_last > seq_length) region_last = seq_length;
-        region.WindowIndex = static_cast<double>(window_index);
-        current_ = &filtered(window_index, region_first, region_last);
-        place = {window_index, region_first, region_last,
-                 static_cast<long>(std::floor((region_first - 1) / 3)) + 1,
-                 static_cast<long>(std::floor(region_last / 3))};
-      }
-      seq.CleanCodonTotal = current_->codon_count();
-      seq.NucleotideCount = current_->site_count();
-      if (!positions_written) {
-        const long analyzed = coding_ ? 3 * seq.CleanCodonTotal : seq.NucleotideCount;
-        reports::append_positions_block(res.ReportText, run_, seq_length, region_first,
-                                        region_last, region.RegionText, analyzed);
-        positions_written = true;
-      }
-      if (window_ && window_index == 1 && seq.PairCount > 1)
-        reports::append_window_names(res.WindowDataText, seq.SeqNames[a - 1], seq.SeqNames[b - 1]);
-      progress(n, window_index);
-      const reports::WindowPlace* w = window_ ? &place : nullptr;
-      const PairOutcome outcome = coding_ ? coding_pair(n, a, b, w) : noncoding_pair(n, a, b, w);
-      if (outcome == PairOutcome::Failed) return false;
-      if (f.Text3.text.size() < 60000) f.Text3.text = res.ReportText;
-      // An empty pair ends the run: the comparison number jumps to the last
-      // (the windows of the comparison still run to the end of the sequence).
-      if (outcome == PairOutcome::Empty) n = pair_count_whole;
-      more_windows = window_ && region_last < seq_length;
-    } while (more_windows);
-    if (n >= seq.PairCount) break;
-    ++n;
-    ++b;
-    if (b > seq.SeqCount) {
-      ++a;
-      b = a + 1;
-    }
+    items.clear();
+    Item item;
+    while (items.size() < kBlock && next_item(item)) items.push_back(item);
+    if (items.empty()) break;
+    parallel_.for_each(items.size(), [&](std::size_t i, int worker) {
+      if (coding_)
+        compute_coding(filtered_, items[i], pair_, scratch[static_cast<std::size_t>(worker)],
+                       results[i]);
+      else
+        compute_noncoding(filtered_, items[i], results[i]);
+    });
+    bool go_on = true;
+    for (std::size_t i = 0; i < items.size() && go_on; ++i) go_on = write(items[i], results[i]);
+    if (rec_.form.SSTab3.visible == false) return false;  // a failure ended the run
+    if (!go_on) break;
+    flush(false);
   }
   if (window_) {
-    region.RegionFirst = text::plain(region_first);
-    region.RegionLast = text::plain(region_last);
+    rec_.region.RegionFirst = text::plain(region_first_);
+    rec_.region.RegionLast = text::plain(region_last_);
   }
   finish();
   return true;
@@ -431,6 +568,8 @@ void Run::finish() {
   Menu& m = rec_.menu;
   Form& f = rec_.form;
   RunResults& res = rec_.results;
+  const std::size_t report_length = report_flushed_ + res.ReportText.size();
+  flush(true);
   f.Text33.visible = false;
   f.CloseBotton.visible = true;
   platform_.busy(false);
@@ -438,21 +577,22 @@ void Run::finish() {
     res.CodingResultsReady = 1;
   else
     res.NoncodingResultsReady = 1;
-  if (res.ReportText.size() > 63000) f.Boto2.text = "Save ALL Results";
+  if (report_length > 63000) f.Boto2.text = "Save ALL Results";
   if (rec_.seq.SeqCount >= 3 && !window_) f.MatrixBoton.visible = true;
   m.RelatRate.enabled = true;  // enabled, though the item stays out of sight
   if (!coding_) {
     if (have_noncoding_) {
       LastNoncodingEstimate& l = rec_.last_noncoding;
       const NoncodingEstimates& e = last_noncoding_;
-      l.CountA1 = static_cast<double>(e.counts1[0]);
-      l.CountG1 = static_cast<double>(e.counts1[1]);
-      l.CountC1 = static_cast<double>(e.counts1[2]);
-      l.CountT1 = static_cast<double>(e.counts1[3]);
-      l.CountA2 = static_cast<double>(e.counts2[0]);
-      l.CountG2 = static_cast<double>(e.counts2[1]);
-      l.CountC2 = static_cast<double>(e.counts2[2]);
-      l.CountT2 = static_cast<double>(e.counts2[3]);
+      const auto count = [](std::int64_t c) { return static_cast<double>(c); };
+      l.CountA1 = count(e.counts1[0]);
+      l.CountG1 = count(e.counts1[1]);
+      l.CountC1 = count(e.counts1[2]);
+      l.CountT1 = count(e.counts1[3]);
+      l.CountA2 = count(e.counts2[0]);
+      l.CountG2 = count(e.counts2[1]);
+      l.CountC2 = count(e.counts2[2]);
+      l.CountT2 = count(e.counts2[3]);
       l.KJukesCantor = e.k_jukes_cantor;
       l.KKimura = e.k_kimura;
       l.KimuraA = e.kimura_a;
@@ -487,8 +627,8 @@ int method_number(const Menu& menu) {
 
 long comparison_index(long a, long b, long n) { return (a - 1) * (2 * n - a) / 2 + (b - a); }
 
-bool run_divergence(AnalysisRecord& rec, Platform& platform) {
-  Run run(rec, platform);
+bool run_divergence(AnalysisRecord& rec, Platform& platform, const RunSettings& settings) {
+  Run run(rec, platform, settings);
   return run.execute();
 }
 
