@@ -129,24 +129,36 @@ int run_command(const RunOptions& o, std::ostream& out, std::ostream& err) {
       return 2;
     }
   }
-  if (!divergence::run_divergence(s.rec, s.platform)) return 1;
   AnalysisRecord& rec = s.rec;
-  int code = 0;
+  if (!o.window_table_path.empty() && rec.region.WindowMode != 1) {
+    err << "varnoth: --win needs a window run (--window SIZE:STEP)\n";
+    return 2;
+  }
+  // The report and the window table go to their files as the run writes them;
+  // a file is put in place only when the run and its writing succeed.
+  std::optional<AtomicFile> report_file, table_file;
+  divergence::RunSettings settings;
+  settings.threads = o.threads;
   if (o.report_path.empty()) {
-    out << rec.results.ReportText;
-  } else if (!write_report_file(o.report_path, common_head(s.platform.clock()),
-                                rec.results.ReportText)) {
+    settings.report_sink = [&out](std::string_view text) { out << text; };
+  } else {
+    report_file.emplace(o.report_path);
+    report_file->append(common_head(s.platform.clock()));
+    settings.report_sink = [&report_file](std::string_view text) { report_file->append(text); };
+  }
+  if (!o.window_table_path.empty()) {
+    table_file.emplace(o.window_table_path);
+    settings.window_table_sink = [&table_file](std::string_view text) { table_file->append(text); };
+  }
+  if (!divergence::run_divergence(rec, s.platform, settings)) return 1;
+  int code = 0;
+  if (report_file && !report_file->commit()) {
     err << "varnoth: cannot write " << o.report_path << "\n";
     code = 1;
   }
-  if (!o.window_table_path.empty()) {
-    if (rec.region.WindowMode != 1) {
-      err << "varnoth: --win needs a window run (--window SIZE:STEP)\n";
-      code = 1;
-    } else if (!write_text_file(o.window_table_path, rec.results.WindowDataText)) {
-      err << "varnoth: cannot write " << o.window_table_path << "\n";
-      code = 1;
-    }
+  if (table_file && !table_file->commit()) {
+    err << "varnoth: cannot write " << o.window_table_path << "\n";
+    code = 1;
   }
   if (item) {
     if (!rec.form.MatrixBoton.visible) {
@@ -201,6 +213,8 @@ int run(int argc, char** argv, std::ostream& out, std::ostream& err) {
   run_app->add_option("--region", o.region, "Region FIRST-LAST in nucleotides");
   auto* win = run_app->add_option("--window", o.window, "Sliding windows SIZE:STEP in nucleotides");
   run_app->add_option("-o,--output", o.report_path, "Report file (.out), with its head");
+  run_app->add_option("--threads", o.threads, "Threads computing pairs (default: one per core)")
+      ->check(CLI::NonNegativeNumber);
   run_app->add_option("--win", o.window_table_path, "Window table file (.win)")->needs(win);
   auto* matrix = run_app->add_option("--matrix", o.matrix_item,
                                      "Matrix: ks ka trss trsa trvs trva | fd jc k2p k2p-trs "

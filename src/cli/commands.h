@@ -22,6 +22,7 @@ struct RunOptions {
   std::string window_table_path;      // --win
   std::string matrix_item;            // --matrix
   std::string matrix_path;            // -m
+  int threads = 0;                    // --threads; 0 = one per core
 };
 
 // Runs the command line; returns the exit code (0 done, 1 refused input or a

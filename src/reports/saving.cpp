@@ -26,25 +26,44 @@ std::FILE* open_temporary(const fs::path& target, fs::path& temporary) {
 }
 
 bool write_parts(const std::string& path, std::string_view first, std::string_view second) {
-  if (path.empty()) return false;
-  const fs::path target(path);
-  fs::path temporary;
-  std::FILE* f = open_temporary(target, temporary);
-  if (!f) return false;
-  bool ok = std::fwrite(first.data(), 1, first.size(), f) == first.size() &&
-            std::fwrite(second.data(), 1, second.size(), f) == second.size();
-  ok = std::fflush(f) == 0 && ok;
-  ok = std::fclose(f) == 0 && ok;
-  std::error_code ec;
-  if (ok) {
-    fs::rename(temporary, target, ec);
-    ok = !ec;
-  }
-  if (!ok) fs::remove(temporary, ec);
-  return ok;
+  AtomicFile file(path);
+  file.append(first);
+  file.append(second);
+  return file.commit();
 }
 
 }  // namespace
+
+AtomicFile::AtomicFile(const std::string& path) : target_(path) {
+  if (!path.empty()) file_ = open_temporary(fs::path(path), temporary_);
+  ok_ = file_ != nullptr;
+}
+
+AtomicFile::~AtomicFile() {
+  if (file_ == nullptr) return;
+  std::fclose(file_);
+  std::error_code ec;
+  fs::remove(temporary_, ec);
+}
+
+void AtomicFile::append(std::string_view text) {
+  if (!ok_ || text.empty()) return;
+  ok_ = std::fwrite(text.data(), 1, text.size(), file_) == text.size();
+}
+
+bool AtomicFile::commit() {
+  if (file_ == nullptr) return false;
+  ok_ = std::fflush(file_) == 0 && ok_;
+  ok_ = std::fclose(file_) == 0 && ok_;
+  file_ = nullptr;
+  std::error_code ec;
+  if (ok_) {
+    fs::rename(temporary_, fs::path(target_), ec);
+    ok_ = !ec;
+  }
+  if (!ok_) fs::remove(temporary_, ec);
+  return ok_;
+}
 
 std::string common_head(const ClockReading& clock) {
   std::string head = "\r\n Varnoth v6.0\r\n ";

@@ -2,6 +2,8 @@
 // saves it to ".out") and the window table (BotoData saves it to ".win").
 #pragma once
 
+#include <cstdio>
+#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -13,6 +15,26 @@ namespace varnoth {
 inline constexpr std::string_view kReportFilter = "Output files (*.out)|*.out|All files (*.*)|*.*";
 inline constexpr std::string_view kWindowDataFilter =
     "Output files (*.win)|*.win|All files (*.*)|*.*";
+
+// A file written whole or not at all: the text goes to a temporary file beside
+// the target, which commit() renames over it. A file never committed (or one
+// whose writing failed) is removed and the target stays as it was.
+class AtomicFile {
+ public:
+  explicit AtomicFile(const std::string& path);
+  ~AtomicFile();
+  AtomicFile(const AtomicFile&) = delete;
+  AtomicFile& operator=(const AtomicFile&) = delete;
+  bool ok() const { return ok_; }
+  void append(std::string_view text);
+  bool commit();
+
+ private:
+  std::string target_;
+  std::filesystem::path temporary_;
+  std::FILE* file_ = nullptr;
+  bool ok_ = false;
+};
 
 // The head of the printout and the ".out" file: program line, date and time,
 // a line of 64 stars, each behind a line end.

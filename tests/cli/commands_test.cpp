@@ -1,6 +1,7 @@
 // The command line end to end: info, run with its output files, exit codes.
 #include <cstdlib>
 #include <filesystem>
+#include <random>
 #include <sstream>
 
 #include <gtest/gtest.h>
@@ -116,6 +117,72 @@ TEST(Run, CodingRestrictionsAndCodesReachTheReport) {
                         " Multiple-hits Correcting Method: Kimura-2p \r\n",
                         0),
             0u);
+}
+
+}  // namespace
+
+namespace {
+
+// A random coding alignment of `n` sequences: one ancestor without internal
+// stop codons, each sequence a few percent away from it, some gaps.
+std::string random_alignment(int n, int codons, unsigned seed) {
+  std::mt19937 rng(seed);
+  const char* letters = "ACGT";
+  auto stop = [](const std::string& c) { return c == "TAA" || c == "TAG" || c == "TGA"; };
+  std::string ancestor;
+  while (static_cast<int>(ancestor.size()) < 3 * codons) {
+    std::string c{letters[rng() % 4], letters[rng() % 4], letters[rng() % 4]};
+    if (!stop(c)) ancestor += c;
+  }
+  std::string text = "#MEGA\nTITLE: random\n\n";
+  for (int s = 0; s < n; ++s) {
+    std::string seq = ancestor;
+    for (int i = 0; i < codons; ++i) {
+      for (int tries = 0; tries < 3; ++tries) {
+        std::string c = seq.substr(3 * i, 3);
+        if (rng() % 100 < 6) c[rng() % 3] = letters[rng() % 4];
+        if (!stop(c)) {
+          seq.replace(3 * i, 3, c);
+          break;
+        }
+      }
+    }
+    if (s % 7 == 3) seq.replace(3 * (rng() % codons), 3, "---");
+    text += "#S" + std::to_string(s + 1) + "\n" + seq + "\n";
+  }
+  return text;
+}
+
+TEST(Run, SameOutputsOnAnyNumberOfThreads) {
+  const std::string dir = scratch_dir();
+  varnoth::testing::write_file(dir + "/many.meg", random_alignment(72, 60, 7));  // 2556 pairs
+  std::string first_report, first_matrix;
+  for (const char* threads : {"1", "2", "5"}) {
+    const auto r = cli({"run", dir + "/many.meg", "--threads", threads, "--matrix", "ks", "-m",
+                        dir + "/many.dis"});
+    ASSERT_EQ(r.code, 0) << r.err;
+    std::string matrix = read_file(dir + "/many.dis");
+    if (first_report.empty()) {
+      first_report = r.out;
+      first_matrix = matrix;
+      EXPECT_NE(r.out.find(" Comparison # 2556\r\n"), std::string::npos);
+    } else {
+      EXPECT_EQ(r.out, first_report) << threads;
+      EXPECT_EQ(matrix, first_matrix) << threads;
+    }
+  }
+}
+
+TEST(Run, LargeAlignmentCompletes) {
+  const std::string dir = scratch_dir();
+  varnoth::testing::write_file(dir + "/large.meg", random_alignment(200, 1000, 11));
+  auto r = cli({"run", dir + "/large.meg", "-o", dir + "/large.out"});
+  ASSERT_EQ(r.code, 0) << r.err;
+  const std::string report = read_file(dir + "/large.out");
+  EXPECT_NE(report.find(" Comparison # 19900\r\n Seq. A: S199\r\n Seq. B: S200\r\n"),
+            std::string::npos);
+  r = cli({"run", dir + "/large.meg", "--noncoding", "--method", "all", "-o", dir + "/large.out"});
+  ASSERT_EQ(r.code, 0) << r.err;
 }
 
 }  // namespace
