@@ -1,0 +1,89 @@
+// Pairs per second of whole divergence runs (coding and noncoding) on random
+// alignments, with the report going to a sink as the command line writes it.
+#include <random>
+#include <string>
+
+#include <benchmark/benchmark.h>
+
+#include "divergence/driver.h"
+#include "state/options.h"
+
+namespace {
+
+using namespace varnoth;
+
+class QuietPlatform : public Platform {
+ public:
+  bool message(std::string_view, std::string_view, MessageIcon, bool) override { return true; }
+  std::string open_file(const FileDialogRequest&) override { return {}; }
+  std::string save_file(const FileDialogRequest&) override { return {}; }
+  void print(std::string_view) override {}
+  void beep() override {}
+  void busy(bool) override {}
+  void yield() override {}
+  ClockReading clock() override { return {}; }
+  std::string current_directory() override { return "."; }
+};
+
+// `sequences` random coding sequences of `codons` codons, a few percent apart.
+void load_random(AnalysisRecord& rec, int sequences, int codons, unsigned seed) {
+  std::mt19937 rng(seed);
+  const char* letters = "ACGT";
+  auto stop = [](const CodonCell& c) {
+    return c[0] == 'T' && ((c[1] == 'A' && (c[2] == 'A' || c[2] == 'G')) || (c[1] == 'G' && c[2] == 'A'));
+  };
+  std::vector<CodonCell> ancestor;
+  while (static_cast<int>(ancestor.size()) < codons) {
+    CodonCell c{letters[rng() % 4], letters[rng() % 4], letters[rng() % 4]};
+    if (!stop(c)) ancestor.push_back(c);
+  }
+  SequenceData& s = rec.seq;
+  s = SequenceData{};
+  s.InputFileName = "random.meg";
+  s.SequenceLoaded = 1;
+  s.SeqCount = s.SeqCountCopy = sequences;
+  s.PairCount = s.SeqCount * (s.SeqCount - 1) / 2;
+  s.SeqLength = 3.0 * codons;
+  s.CodonCellCount = static_cast<float>(codons);
+  for (int i = 0; i < sequences; ++i) {
+    s.SeqNames.push_back("S" + std::to_string(i + 1));
+    auto cells = ancestor;
+    for (auto& c : cells) {
+      CodonCell m = c;
+      if (rng() % 100 < 8) m[rng() % 3] = letters[rng() % 4];
+      if (!stop(m)) c = m;
+    }
+    s.SeqCodons.push_back(std::move(cells));
+  }
+}
+
+void run(benchmark::State& state, bool coding) {
+  AnalysisRecord rec;
+  QuietPlatform platform;
+  start_up(rec);
+  title_page_click(rec);
+  if (!coding) {
+    click_noncoding(rec);
+    click_all_methods(rec);
+  }
+  load_random(rec, static_cast<int>(state.range(0)), static_cast<int>(state.range(1)), 1);
+  divergence::RunSettings settings;
+  settings.threads = static_cast<int>(state.range(2));
+  std::size_t bytes = 0;
+  settings.report_sink = [&bytes](std::string_view text) { bytes += text.size(); };
+  for (auto _ : state) {
+    if (!divergence::run_divergence(rec, platform, settings)) state.SkipWithError("run failed");
+  }
+  state.counters["pairs/s"] = benchmark::Counter(rec.seq.PairCount * static_cast<double>(state.iterations()),
+                                                 benchmark::Counter::kIsRate);
+  state.counters["report MB"] = static_cast<double>(bytes) / 1e6 / static_cast<double>(state.iterations());
+}
+
+void Coding(benchmark::State& state) { run(state, true); }
+void Noncoding(benchmark::State& state) { run(state, false); }
+
+// sequences, codons, threads (0 = one per core)
+BENCHMARK(Coding)->Args({200, 1000, 1})->Args({200, 1000, 0})->Unit(benchmark::kMillisecond);
+BENCHMARK(Noncoding)->Args({200, 1000, 1})->Args({200, 1000, 0})->Unit(benchmark::kMillisecond);
+
+}  // namespace
