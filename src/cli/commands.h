@@ -10,7 +10,11 @@
 namespace varnoth::cli {
 
 struct RunOptions {
-  std::string input;
+  // FILE...: alignment files and folders (a folder stands for its files, in
+  // sorted order). More than one file, or a folder, makes -o, --win, -m and
+  // --tsv name folders, in which each alignment's outputs are named after it.
+  std::vector<std::string> inputs;
+  std::string format;  // --format: read every file as this format (gde ... fasta)
   bool noncoding = false;
   std::vector<std::string> methods;  // jc, k2p, tn, t1p, t2p, t4p, or "all"
   std::string code;                  // universal, vertmito, dromito
@@ -22,16 +26,22 @@ struct RunOptions {
   std::string window_table_path;      // --win
   std::string matrix_item;            // --matrix
   std::string matrix_path;            // -m
+  std::string table_path;             // --tsv
+  std::string plot_path;              // --plot: .svg, or a folder with a file per comparison
   int threads = 0;                    // --threads; 0 = one per core
+  bool show_progress = false;         // a progress line on the error stream
 };
 
 // Runs the command line; returns the exit code (0 done, 1 refused input or a
-// failed analysis, 2 usage error).
+// failed analysis, 2 usage error). The version with streams draws no progress
+// line unless `err` is standard error on a terminal.
 int run(int argc, char** argv);
 int run(int argc, char** argv, std::ostream& out, std::ostream& err);
 
-// `varnoth info FILE` and `varnoth run ...` once parsed.
-int info_command(const std::string& path, std::ostream& out, std::ostream& err);
+// `varnoth info FILE` and `varnoth run ...` once parsed. `format` is "" or a
+// name of --format.
+int info_command(const std::string& path, const std::string& format, std::ostream& out,
+                 std::ostream& err);
 int run_command(const RunOptions& options, std::ostream& out, std::ostream& err);
 
 }  // namespace varnoth::cli

@@ -25,6 +25,7 @@ bool ConsolePlatform::message(std::string_view text, std::string_view title, Mes
   ++messages_shown;
   const std::string t = trimmed(title);
   err_ << "varnoth: ";
+  if (!subject.empty()) err_ << subject << ": ";
   if (!t.empty()) err_ << t << ": ";
   err_ << trimmed(text) << "\n";
   return !yes_no;  // nobody answers a question on the command line: "no"

@@ -16,6 +16,7 @@ class ConsolePlatform : public Platform {
   explicit ConsolePlatform(std::ostream& err) : err_(err) {}
 
   std::deque<std::string> save_answers;  // taken in order by save dialogs
+  std::string subject;  // where set, messages name it ("varnoth: SUBJECT: ...")
   int messages_shown = 0;
 
   bool message(std::string_view text, std::string_view title, MessageIcon icon,

@@ -144,6 +144,22 @@ class PairWalk {
 
 }  // namespace
 
+CodonPairTable::CodonPairTable(GeneticCode code, float pathway_weight) {
+  const double weight = pathway_weight;
+  for (int a = 0; a < kCodons; ++a) {
+    for (int b = 0; b < kCodons; ++b) {
+      if (a == b) continue;  // equal codons are never walked
+      CodonPairShares& out = shares_[static_cast<std::size_t>(64 * a + b)];
+      PairWalk walk(code_tables(code), 2.0 * weight, 2.0 * (1.0 - weight), out.syn.data(),
+                    out.nonsyn.data());
+      const Outcome o = walk.compare(0, a, b);
+      out.status = o == Outcome::Ok     ? ChangeStatus::Complete
+                   : o == Outcome::Stop ? ChangeStatus::StopCodon
+                                        : ChangeStatus::NoOpenPathway;
+    }
+  }
+}
+
 ChangeAccountingResult account_codon_changes(std::span<const Codon> codons1,
                                              std::span<const Codon> codons2,
                                              GeneticCode code, float pathway_weight,

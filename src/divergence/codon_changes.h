@@ -4,6 +4,7 @@
 // between the two codons.
 #pragma once
 
+#include <array>
 #include <span>
 
 #include "divergence/genetic_code.h"
@@ -37,5 +38,26 @@ ChangeAccountingResult account_codon_changes(std::span<const Codon> codons1,
                                              GeneticCode code, float pathway_weight,
                                              std::span<float> syn_changes,
                                              std::span<float> nonsyn_changes);
+
+// The shares one codon pair receives, position by position, exactly as
+// account_codon_changes writes them for that pair; `status` is what the walk
+// does at the pair.
+struct CodonPairShares {
+  ChangeStatus status = ChangeStatus::Complete;
+  std::array<float, 3> syn{};
+  std::array<float, 3> nonsyn{};
+};
+
+// The shares of every ordered pair of different codons under one code and
+// pathway weight. The walk treats each codon pair on its own, so a run can look
+// its pairs up here instead of walking their pathways again.
+class CodonPairTable {
+ public:
+  CodonPairTable(GeneticCode code, float pathway_weight);
+  const CodonPairShares& operator()(Codon a, Codon b) const { return shares_[64 * a + b]; }
+
+ private:
+  std::array<CodonPairShares, kCodons * kCodons> shares_{};
+};
 
 }  // namespace varnoth::divergence

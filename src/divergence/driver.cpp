@@ -1,6 +1,11 @@
 #include "divergence/driver.h"
 
 #include <cmath>
+#include <cstdint>
+#include <atomic>
+#include <bit>
+#include <cstring>
+#include <memory>
 #include <span>
 #include <string>
 #include <vector>
@@ -46,6 +51,7 @@ struct ItemResult {
 struct Scratch {
   std::vector<Codon> codons1, codons2;
   std::vector<float> syn, nonsyn;
+  std::vector<ChangedCodon> changed;
 };
 
 struct PairSettings {
@@ -53,6 +59,52 @@ struct PairSettings {
   float weight = 0.5f;
   Selection selection = Selection::All;
 };
+
+// What one sequence brings to every pair over one range of columns.
+struct CodingSummary {
+  SequenceSites sites;
+  long third_gc = 0;  // codons whose third letter is G or C
+};
+using BaseCounts = std::array<std::int64_t, 4>;  // A, G, C, T as NucleotidePairTable numbers them
+
+// Per-sequence values, computed once per run for each range of columns a run
+// uses (the whole or region run has one; a window run one per window), and the
+// shares of every codon pair.
+struct SequenceTables {
+  std::vector<std::vector<CodingSummary>> coding;  // [range][sequence]
+  std::vector<std::vector<BaseCounts>> bases;      // [range][sequence]
+  std::unique_ptr<CodonPairTable> pairs;
+
+  static std::size_t range_of(const Item& item) {
+    return item.window.index > 0 ? static_cast<std::size_t>(item.window.index - 1) : 0;
+  }
+};
+
+// Beyond this many range-and-sequence entries a window run computes every
+// pair on its own rather than hold the tables.
+constexpr std::size_t kMaxTableEntries = std::size_t{1} << 19;
+
+// Calls fn(i) for every index i below `count` where a[i] != b[i], in order. Eight
+// letters are compared at a time: most columns of real alignments agree.
+template <typename Fn>
+inline bool for_each_difference(const std::uint8_t* a, const std::uint8_t* b, std::size_t count,
+                                Fn&& fn) {
+  std::size_t i = 0;
+  for (; std::endian::native == std::endian::little && i + 8 <= count; i += 8) {
+    std::uint64_t x, y;
+    std::memcpy(&x, a + i, 8);
+    std::memcpy(&y, b + i, 8);
+    std::uint64_t d = x ^ y;
+    while (d != 0) {
+      const std::size_t k = i + static_cast<std::size_t>(std::countr_zero(d)) / 8;
+      if (!fn(k)) return false;
+      d &= ~(std::uint64_t{0xFF} << (8 * (k - i)));
+    }
+  }
+  for (; i < count; ++i)
+    if (a[i] != b[i] && !fn(i)) return false;
+  return true;
+}
 
 int differences(int x, int y) {
   int d = 0;
@@ -62,7 +114,8 @@ int differences(int x, int y) {
 
 // The arithmetic of one item: a pure function of the filtered alignment and
 // the settings, so items can be computed on any thread in any order.
-void compute_noncoding(const FilteredAlignment& f, const Item& item, ItemResult& out) {
+void compute_noncoding(const FilteredAlignment& f, const SequenceTables& tables,
+                       const Item& item, ItemResult& out) {
   const auto& s1 = f.sites[static_cast<std::size_t>(item.a - 1)];
   const auto& s2 = f.sites[static_cast<std::size_t>(item.b - 1)];
   const std::size_t begin = item.columns.site_begin, end = item.columns.site_end;
@@ -72,19 +125,95 @@ void compute_noncoding(const FilteredAlignment& f, const Item& item, ItemResult&
     return;
   }
   out.kind = ItemResult::Kind::Done;
-  out.noncoding = estimate_noncoding(std::span<const char>(s1.data() + begin, end - begin),
-                                     std::span<const char>(s2.data() + begin, end - begin));
+  if (tables.bases.empty()) {
+    out.noncoding = estimate_noncoding(std::span<const char>(s1.data() + begin, end - begin),
+                                       std::span<const char>(s2.data() + begin, end - begin));
+    return;
+  }
+  // The same table as count_nucleotide_pairs: the differing sites are counted,
+  // and each base's sites that agree are its count in sequence A less those.
+  const auto& ranges = tables.bases[SequenceTables::range_of(item)];
+  const BaseCounts& counts1 = ranges[static_cast<std::size_t>(item.a - 1)];
+  NucleotidePairTable table;
+  const auto* a = reinterpret_cast<const std::uint8_t*>(s1.data() + begin);
+  const auto* b = reinterpret_cast<const std::uint8_t*>(s2.data() + begin);
+  for_each_difference(a, b, end - begin, [&](std::size_t k) {
+    ++table.cells[4 * base_number(a[k]) + base_number(b[k])];
+    return true;
+  });
+  for (int x = 0; x < 4; ++x) {
+    std::int64_t agree = counts1[x];
+    for (int y = 0; y < 4; ++y) agree -= table.cells[4 * x + y];
+    table.cells[5 * x] = agree;
+  }
+  out.noncoding = estimate_noncoding(table);
 }
 
-void compute_coding(const FilteredAlignment& f, const Item& item, const PairSettings& settings,
-                    Scratch& scratch, ItemResult& out) {
+// The run's whole range of codons, with nothing left out: each sequence's site
+// sums and third-position G+C stand for it in every pair, and only the codons
+// that differ are walked. The plain walk gives such codons nothing and places
+// nothing for them, so the sums are the same, added in the same order.
+bool compute_coding_from_tables(const FilteredAlignment& f, const SequenceTables& tables,
+                                const Item& item, const PairSettings& settings, Scratch& scratch,
+                                ItemResult& out) {
+  const auto& ranges = tables.coding[SequenceTables::range_of(item)];
+  const CodingSummary& seq1 = ranges[static_cast<std::size_t>(item.a - 1)];
+  const CodingSummary& seq2 = ranges[static_cast<std::size_t>(item.b - 1)];
+  if (!seq1.sites.every_codon_has_row || !seq2.sites.every_codon_has_row) return false;
+  const std::size_t begin = item.columns.codon_begin, end = item.columns.codon_end;
+  const Codon* c1 = f.codons[static_cast<std::size_t>(item.a - 1)].data() + begin;
+  const Codon* c2 = f.codons[static_cast<std::size_t>(item.b - 1)].data() + begin;
+  out.count = static_cast<long>(end - begin);
+  if (out.count == 0) {
+    out.kind = ItemResult::Kind::Empty;
+    return true;
+  }
+  scratch.changed.clear();
+  const CodonPairTable& pairs = *tables.pairs;
+  ChangeAccountingResult& changes = out.changes;
+  changes = {};
+  const bool complete = for_each_difference(c1, c2, end - begin, [&](std::size_t i) {
+    const CodonPairShares& shares = pairs(c1[i], c2[i]);
+    if (shares.status != ChangeStatus::Complete) {
+      changes.status = shares.status;
+      changes.StopCodonFlag = shares.status == ChangeStatus::StopCodon;
+      changes.codon_number = static_cast<long>(i) + 1;
+      changes.codon1 = c1[i];
+      changes.codon2 = c2[i];
+      return false;
+    }
+    scratch.changed.push_back({c1[i], c2[i], &shares});
+    return true;
+  });
+  if (!complete) {
+    out.kind = changes.status == ChangeStatus::StopCodon ? ItemResult::Kind::StopCodon
+                                                         : ItemResult::Kind::NoPathway;
+    return true;
+  }
+  const long gc = seq1.third_gc + seq2.third_gc;
+  changes.PairGCContent = static_cast<float>(static_cast<double>(gc) / (2.0 * out.count));
+  out.classes = place_changed_codons(seq1.sites, seq2.sites, scratch.changed, settings.code);
+  CodingClassSums sums;
+  sums.sites = out.classes.Sites;
+  sums.obs_ts = out.classes.ObsTS;
+  sums.obs_tv = out.classes.ObsTV;
+  out.coding = estimate_coding(sums);
+  out.kind = ItemResult::Kind::Done;
+  return true;
+}
+
+void compute_coding(const FilteredAlignment& f, const SequenceTables& tables, const Item& item,
+                    const PairSettings& settings, Scratch& scratch, ItemResult& out) {
+  if (settings.selection == Selection::All && !tables.coding.empty() &&
+      compute_coding_from_tables(f, tables, item, settings, scratch, out))
+    return;
   const auto& all1 = f.codons[static_cast<std::size_t>(item.a - 1)];
   const auto& all2 = f.codons[static_cast<std::size_t>(item.b - 1)];
   const std::size_t begin = item.columns.codon_begin, end = item.columns.codon_end;
   std::span<const Codon> c1(all1.data() + begin, end - begin);
   std::span<const Codon> c2(all2.data() + begin, end - begin);
   if (settings.selection != Selection::All) {
-    const CodeTables& tables = code_tables(settings.code);
+    const CodeTables& code = code_tables(settings.code);
     scratch.codons1.clear();
     scratch.codons2.clear();
     for (std::size_t i = 0; i < c1.size(); ++i) {
@@ -96,11 +225,11 @@ void compute_coding(const FilteredAlignment& f, const Item& item, const PairSett
         case Selection::No3Diff: take = d < 3; break;
         case Selection::OnlyAaChange:
           // Both codons of a pair it weighs are translated: a stop ends the run.
-          if (d < 3 && (tables.translates_to_stop[x] || tables.translates_to_stop[y])) {
+          if (d < 3 && (code.translates_to_stop[x] || code.translates_to_stop[y])) {
             out.kind = ItemResult::Kind::StopCodon;
             return;
           }
-          take = d < 3 && tables.amino_acid[x] != tables.amino_acid[y];
+          take = d < 3 && code.amino_acid[x] != code.amino_acid[y];
           break;
         case Selection::All: break;
       }
@@ -155,11 +284,14 @@ class Run {
  private:
   bool prepare();
   bool next_item(Item& item);
+  bool place_window(long index, Item& item) const;
+  void build_tables();
   void failure(const std::string& message);
   void progress(long n, long window);
   bool write(const Item& item, const ItemResult& result);
   void write_noncoding(const Item& item, long n, const ItemResult& result);
   void write_coding(const Item& item, long n, const ItemResult& result);
+  void hand_on_pair(const Item& item, long n, const ItemResult& result);
   void after_item();
   void flush(bool last);
   void finish();
@@ -175,6 +307,7 @@ class Run {
   long sequences_ = 0;
   double seq_length_ = 0;
   FilteredAlignment filtered_;
+  SequenceTables tables_;
   NoncodingCarry noncoding_carry_;
   CodingCarry coding_carry_;
   NoncodingEstimates last_noncoding_{};
@@ -228,6 +361,67 @@ void Run::progress(long n, long window) {
   platform_.yield();
 }
 
+// Window `index` (from 1) of every comparison; true when it is the last one.
+bool Run::place_window(long index, Item& item) const {
+  const RegionFields& region = rec_.region;
+  const double first = 1 + static_cast<double>(index - 1) * region.WindowStep;
+  double last = region.WindowSize + static_cast<double>(index - 1) * region.WindowStep;
+  if (last > seq_length_) last = seq_length_;
+  item.window = {index, first, last, static_cast<long>(std::floor((first - 1) / 3)) + 1,
+                 static_cast<long>(std::floor(last / 3))};
+  item.columns = columns_in_cells(filtered_, item.window.first_codon, item.window.last_codon);
+  return !(last < seq_length_);
+}
+
+// What each sequence brings to every pair, per range of columns: the windows
+// are the same for every comparison.
+void Run::build_tables() {
+  tables_ = {};
+  std::vector<ColumnRange> ranges;
+  if (window_) {
+    Item item;
+    for (long index = 1;; ++index) {
+      const bool last = place_window(index, item);
+      ranges.push_back(item.columns);
+      if (last) break;
+      if (ranges.size() * static_cast<std::size_t>(sequences_) > kMaxTableEntries) return;
+    }
+  } else {
+    ranges.push_back({0, static_cast<std::size_t>(filtered_.codon_count()), 0,
+                      static_cast<std::size_t>(filtered_.site_count())});
+  }
+  const auto n = static_cast<std::size_t>(sequences_);
+  if (ranges.size() * n > kMaxTableEntries) return;
+  if (coding_) {
+    if (pair_.selection != Selection::All) return;
+    tables_.pairs = std::make_unique<CodonPairTable>(pair_.code, pair_.weight);
+    tables_.coding.assign(ranges.size(), std::vector<CodingSummary>(n));
+  } else {
+    tables_.bases.assign(ranges.size(), std::vector<BaseCounts>(n));
+  }
+  std::atomic<bool> other_letter{false};
+  parallel_.for_each(n, [&](std::size_t q, int) {
+    for (std::size_t r = 0; r < ranges.size(); ++r) {
+      const ColumnRange& c = ranges[r];
+      if (coding_) {
+        const auto& codons = filtered_.codons[q];
+        std::span<const Codon> span(codons.data() + c.codon_begin, c.codon_end - c.codon_begin);
+        CodingSummary& out = tables_.coding[r][q];
+        out.sites = sequence_sites(span, pair_.code);
+        for (const Codon codon : span) out.third_gc += (codon & 3) == kC || (codon & 3) == kG;
+      } else {
+        BaseCounts& out = tables_.bases[r][q];
+        for (std::size_t k = c.site_begin; k < c.site_end; ++k) {
+          const int base = base_number(static_cast<unsigned char>(filtered_.sites[q][k]));
+          if (base < 4) ++out[static_cast<std::size_t>(base)];
+          else other_letter = true;  // the filter keeps none: counted pair by pair then
+        }
+      }
+    }
+  });
+  if (other_letter) tables_.bases.clear();
+}
+
 // The next comparison (or window) in run order; false when the walk is over.
 bool Run::next_item(Item& item) {
   if (walk_done_) return false;
@@ -236,15 +430,7 @@ bool Run::next_item(Item& item) {
   item.b = b_;
   bool pair_done = true;
   if (window_) {
-    const RegionFields& region = rec_.region;
-    ++window_index_;
-    const double first = 1 + static_cast<double>(window_index_ - 1) * region.WindowStep;
-    double last = region.WindowSize + static_cast<double>(window_index_ - 1) * region.WindowStep;
-    if (last > seq_length_) last = seq_length_;
-    item.window = {window_index_, first, last, static_cast<long>(std::floor((first - 1) / 3)) + 1,
-                   static_cast<long>(std::floor(last / 3))};
-    item.columns = columns_in_cells(filtered_, item.window.first_codon, item.window.last_codon);
-    pair_done = !(last < seq_length_);
+    pair_done = place_window(++window_index_, item);
   } else {
     item.window = {};
     item.columns = {0, static_cast<std::size_t>(filtered_.codon_count()), 0,
@@ -348,6 +534,7 @@ bool Run::prepare() {
   // Whether a column is kept depends on its own letters alone, so one pass
   // over the alignment serves every window.
   filter_alignment(seq, sequences_, range, coding_, pair_.code, filtered_);
+  build_tables();
   res.CodingMode = coding_ ? 1 : 0;
   platform_.busy(true);
   f.Text33.visible = true;
@@ -438,6 +625,32 @@ void Run::write_coding(const Item& item, long n, const ItemResult& r) {
   if (w != nullptr) reports::append_coding_window_row(res.WindowDataText, run_, *w, e);
 }
 
+// Hands the values of the item just written to the pair sink; S.E.S., N.E.S.
+// and the noncoding estimates are those the write resolved against the carry.
+void Run::hand_on_pair(const Item& item, long n, const ItemResult& r) {
+  PairValues v;
+  v.comparison = n;
+  v.a = item.a;
+  v.b = item.b;
+  v.window = item.window.index;
+  v.first = region_first_;
+  v.last = region_last_;
+  v.coding = coding_;
+  v.empty = r.kind == ItemResult::Kind::Empty;
+  v.analyzed = coding_ ? 3 * r.count : r.count;
+  if (!v.empty && coding_) {
+    v.estimates = r.coding.values;
+    v.estimates.ses = coding_carry_.ses;
+    v.estimates.nes = coding_carry_.nes;
+    v.sites = r.classes.Sites;
+    v.third_gc = r.changes.PairGCContent;
+  } else if (!v.empty) {
+    v.noncoding = last_noncoding_;
+    v.noncoding_na = not_applicable(last_noncoding_);
+  }
+  settings_.pair_sink(v);
+}
+
 // Text3 shows the report as it stood after the last comparison that found it
 // shorter than 60000 characters.
 void Run::after_item() {
@@ -510,6 +723,7 @@ bool Run::write(const Item& item, const ItemResult& r) {
       } else {
         write_noncoding(item, n, r);
       }
+      if (settings_.pair_sink) hand_on_pair(item, n, r);
       break;
   }
   after_item();
@@ -537,18 +751,21 @@ bool Run::execute() {
   std::vector<ItemResult> results;
   std::vector<Scratch> scratch(static_cast<std::size_t>(parallel_.threads()));
   items.reserve(kBlock);
-  results.resize(kBlock);
   while (true) {
     items.clear();
     Item item;
     while (items.size() < kBlock && next_item(item)) items.push_back(item);
     if (items.empty()) break;
+    // Sized by the items of the block: a small run does not clear a full block.
+    if (results.size() < items.size()) results.resize(items.size());
     parallel_.for_each(items.size(), [&](std::size_t i, int worker) {
+      // A pair beyond the sequences read ends the run when it is written.
+      if (items[i].a > sequences_ || items[i].b > sequences_) return;
       if (coding_)
-        compute_coding(filtered_, items[i], pair_, scratch[static_cast<std::size_t>(worker)],
+        compute_coding(filtered_, tables_, items[i], pair_, scratch[static_cast<std::size_t>(worker)],
                        results[i]);
       else
-        compute_noncoding(filtered_, items[i], results[i]);
+        compute_noncoding(filtered_, tables_, items[i], results[i]);
     });
     bool go_on = true;
     for (std::size_t i = 0; i < items.size() && go_on; ++i) go_on = write(items[i], results[i]);

@@ -6,10 +6,31 @@
 #include <functional>
 #include <string_view>
 
+#include "divergence/coding_estimators.h"
+#include "divergence/noncoding_estimators.h"
+#include "divergence/site_classes.h"
 #include "state/platform.h"
 #include "state/record.h"
 
 namespace varnoth::divergence {
+
+// One comparison (or window) as the report has just written it, for tables of
+// per-pair values. The estimates are the pair's own after the carry from the
+// pair before, as the report prints them.
+struct PairValues {
+  long comparison = 0;         // comparison number, from 1
+  long a = 0, b = 0;           // sequence numbers, from 1
+  long window = 0;             // window number, from 1; 0 outside window runs
+  double first = 0, last = 0;  // nucleotides: the window, the region or 1..SeqLength
+  long analyzed = 0;           // analyzed positions: sites, or 3 x codons compared
+  bool coding = false;
+  bool empty = false;  // no site or codon: the report's lone "NO APPLICABLE"
+  NoncodingEstimates noncoding;            // noncoding runs
+  NoncodingNotApplicable noncoding_na;     // noncoding runs
+  CodingEstimates estimates;               // coding runs
+  ClassValues sites{};                     // coding: sites of 0-fold, 2S, 2V, 4-fold
+  float third_gc = 0;                      // coding: G+C of third positions
+};
 
 struct RunSettings {
   // Threads that compute pairs; 0 means one per core. The outputs are the same
@@ -20,6 +41,9 @@ struct RunSettings {
   // Text3 shows; WindowDataText stays empty.
   std::function<void(std::string_view)> report_sink;
   std::function<void(std::string_view)> window_table_sink;
+  // Where set, called in pair (and window) order after each comparison or
+  // window is written, on the thread that called run_divergence.
+  std::function<void(const PairValues&)> pair_sink;
 };
 
 // The `Divergence` command. Reads the options from the menu and the record and

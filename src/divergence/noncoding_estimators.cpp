@@ -11,11 +11,7 @@ using T = NucleotidePairTable;
 // Base letter to table code; 4 for anything else.
 constexpr std::array<std::uint8_t, 256> kBaseCode = [] {
   std::array<std::uint8_t, 256> code{};
-  code.fill(4);
-  code['A'] = code['a'] = T::kA;
-  code['G'] = code['g'] = T::kG;
-  code['C'] = code['c'] = T::kC;
-  code['T'] = code['t'] = T::kT;
+  for (int c = 0; c < 256; ++c) code[static_cast<std::size_t>(c)] = static_cast<std::uint8_t>(base_number(static_cast<unsigned char>(c)));
   return code;
 }();
 

@@ -35,6 +35,18 @@ struct NucleotidePairTable {
   std::int64_t sites() const;
 };
 
+// The number of a base letter in the table, upper or lower case; 4 for any
+// other character.
+constexpr int base_number(unsigned char c) {
+  switch (c) {
+    case 'A': case 'a': return NucleotidePairTable::kA;
+    case 'G': case 'g': return NucleotidePairTable::kG;
+    case 'C': case 'c': return NucleotidePairTable::kC;
+    case 'T': case 't': return NucleotidePairTable::kT;
+    default: return 4;
+  }
+}
+
 // Counts the sites of two aligned sequences. Both hold only A, G, C, T (lower
 // case is read alike); any other character is left out of the table. Only the
 // first min(size) positions are read.

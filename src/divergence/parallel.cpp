@@ -9,7 +9,9 @@ namespace varnoth::divergence {
 
 ParallelContext::ParallelContext(int threads) {
   if (threads <= 0) threads = static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
-  threads_ = threads;
+  // More workers than this only cost memory (a scratch area each) and threads.
+  constexpr int kMostThreads = 256;
+  threads_ = std::min(threads, kMostThreads);
 }
 
 void ParallelContext::for_each(std::size_t n, const std::function<void(std::size_t, int)>& fn) const {

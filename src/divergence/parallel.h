@@ -9,7 +9,7 @@ namespace varnoth::divergence {
 
 class ParallelContext {
  public:
-  // `threads` workers; 0 or less means one per core.
+  // `threads` workers, 256 at most; 0 or less means one per core.
   explicit ParallelContext(int threads = 0);
   int threads() const { return threads_; }
   // Calls fn(i, worker) for every i in [0, n), worker in [0, threads());

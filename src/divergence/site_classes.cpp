@@ -138,38 +138,69 @@ void run_chain(Sums& w, double credited, double& placed, const PositionFractions
   }
 }
 
+// The working sums of one pass as the walk goes.
+struct PassState {
+  Sums w = {};
+  double credited = 0, placed = 0;
+};
+
+// One position of a pass; positions with S and N both 0 are skipped.
+inline void place_position(PassState& st, const PositionFractions& f, bool transition, float s,
+                           float n, int pass) {
+  if (s == 0 && n == 0) return;
+  if (transition) place_transition(st.w, f, s, n);
+  else place_transversion(st.w, f, s, n);
+  st.credited += n;
+  st.credited += s;
+  st.placed = total(st.w);
+  if (std::fabs(st.credited - st.placed) < 0.01) return;
+  run_chain(st.w, st.credited, st.placed, f, transition, s, n, pass);
+}
+
+// A<->G and C<->T differ in the second bit of the letter index only.
+inline bool is_transition(int codon1, int codon2, int p) {
+  return (nucleotide_at(codon1, p) ^ nucleotide_at(codon2, p)) == 2;
+}
+
+void finish_pass(const PassState& st, PlacingPass& out) {
+  for (int c = 0; c < kClassCount; ++c) {
+    out.ts[c] = st.w[c];
+    out.tv[c] = st.w[4 + c];
+  }
+  out.credited = st.credited;
+  out.placed = st.placed;
+}
+
 void place_pass(std::span<const Codon> classes_from, std::span<const Codon> codons1,
                 std::span<const Codon> codons2, std::span<const float> syn,
                 std::span<const float> nonsyn, const CodeTables& t, int pass,
                 PlacingPass& out) {
-  Sums w = {};
-  double credited = 0, placed = 0;
+  PassState st;
   const std::size_t count = classes_from.size();
   for (std::size_t i = 0; i < count; ++i) {
     const CodonFractions& fractions = t.fractions[classes_from[i]];
-    for (int p = 0; p < 3; ++p) {
-      const float s = syn[3 * i + p];
-      const float n = nonsyn[3 * i + p];
-      if (s == 0 && n == 0) continue;
-      const PositionFractions& f = fractions[p];
-      // A<->G and C<->T differ in the second bit of the letter index only.
-      const bool transition =
-          (nucleotide_at(codons1[i], p) ^ nucleotide_at(codons2[i], p)) == 2;
-      if (transition) place_transition(w, f, s, n);
-      else place_transversion(w, f, s, n);
-      credited += n;
-      credited += s;
-      placed = total(w);
-      if (std::fabs(credited - placed) < 0.01) continue;
-      run_chain(w, credited, placed, f, transition, s, n, pass);
-    }
+    for (int p = 0; p < 3; ++p)
+      place_position(st, fractions[p], is_transition(codons1[i], codons2[i], p), syn[3 * i + p],
+                     nonsyn[3 * i + p], pass);
   }
-  for (int c = 0; c < kClassCount; ++c) {
-    out.ts[c] = w[c];
-    out.tv[c] = w[4 + c];
+  finish_pass(st, out);
+}
+
+// The means of the site sums and of the two passes.
+void take_means(SiteClassResult& result) {
+  ClassValues* means[kGroupCount] = {&result.Sites, &result.SitesA, &result.SitesG,
+                                     &result.SitesC, &result.SitesT};
+  for (int g = 0; g < kGroupCount; ++g)
+    for (int k = 0; k < kClassCount; ++k)
+      (*means[g])[k] =
+          static_cast<float>((result.site_sums[0][g][k] + result.site_sums[1][g][k]) / 2);
+}
+
+void take_pass_means(SiteClassResult& result) {
+  for (int k = 0; k < kClassCount; ++k) {
+    result.ObsTS[k] = static_cast<float>(0.5 * (result.passes[0].ts[k] + result.passes[1].ts[k]));
+    result.ObsTV[k] = static_cast<float>(0.5 * (result.passes[0].tv[k] + result.passes[1].tv[k]));
   }
-  out.credited = credited;
-  out.placed = placed;
 }
 
 constexpr SiteCountRow kZeroRow{};
@@ -211,20 +242,51 @@ SiteClassResult account_site_classes(std::span<const Codon> codons1,
     }
   }
 
-  ClassValues* means[kGroupCount] = {&result.Sites, &result.SitesA, &result.SitesG,
-                                     &result.SitesC, &result.SitesT};
-  for (int g = 0; g < kGroupCount; ++g)
-    for (int k = 0; k < kClassCount; ++k)
-      (*means[g])[k] =
-          static_cast<float>((result.site_sums[0][g][k] + result.site_sums[1][g][k]) / 2);
-
+  take_means(result);
   place_pass(codons1, codons1, codons2, syn_changes, nonsyn_changes, t, 0, result.passes[0]);
   place_pass(codons2, codons1, codons2, syn_changes, nonsyn_changes, t, 1, result.passes[1]);
+  take_pass_means(result);
+  return result;
+}
 
-  for (int k = 0; k < kClassCount; ++k) {
-    result.ObsTS[k] = static_cast<float>(0.5 * (result.passes[0].ts[k] + result.passes[1].ts[k]));
-    result.ObsTV[k] = static_cast<float>(0.5 * (result.passes[0].tv[k] + result.passes[1].tv[k]));
+SequenceSites sequence_sites(std::span<const Codon> codons, GeneticCode code) {
+  const SiteCountTable& counts = code_tables(code).counts;
+  SequenceSites out;
+  for (const Codon c : codons) {
+    if (!counts.has_row[c]) {
+      out.every_codon_has_row = false;
+      break;
+    }
+    const SiteCountRow& row = counts.rows[c];
+    for (int g = 0; g < kGroupCount; ++g)
+      for (int k = 0; k < kClassCount; ++k) out.sums[g][k] += row[g][k];
   }
+  return out;
+}
+
+SiteClassResult place_changed_codons(const SequenceSites& sites1, const SequenceSites& sites2,
+                                     std::span<const ChangedCodon> changed, GeneticCode code) {
+  const CodeTables& t = code_tables(code);
+  SiteClassResult result;
+  result.site_sums[0] = sites1.sums;
+  result.site_sums[1] = sites2.sums;
+  take_means(result);
+  // The two passes keep apart sums; walking them side by side keeps the order
+  // of each one's additions.
+  PassState first, second;
+  for (const ChangedCodon& c : changed) {
+    const CodonFractions& f1 = t.fractions[c.codon1];
+    const CodonFractions& f2 = t.fractions[c.codon2];
+    for (int p = 0; p < 3; ++p) {
+      const bool transition = is_transition(c.codon1, c.codon2, p);
+      const float s = c.shares->syn[p], n = c.shares->nonsyn[p];
+      place_position(first, f1[p], transition, s, n, 0);
+      place_position(second, f2[p], transition, s, n, 1);
+    }
+  }
+  finish_pass(first, result.passes[0]);
+  finish_pass(second, result.passes[1]);
+  take_pass_means(result);
   return result;
 }
 

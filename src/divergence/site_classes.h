@@ -7,6 +7,7 @@
 #include <array>
 #include <span>
 
+#include "divergence/codon_changes.h"
 #include "divergence/genetic_code.h"
 
 namespace varnoth::divergence {
@@ -59,5 +60,28 @@ SiteClassResult account_site_classes(std::span<const Codon> codons1,
                                      std::span<const float> syn_changes,
                                      std::span<const float> nonsyn_changes, GeneticCode code,
                                      const SiteClassOptions& options = {});
+
+// The site sums of one sequence over its codons, added in codon order as
+// account_site_classes adds them. They stand for the sequence in any pair only
+// when every codon has a row of its own: a codon without one repeats the row
+// looked up before it, which may be the other sequence's.
+struct SequenceSites {
+  std::array<std::array<double, kClassCount>, kGroupCount> sums{};  // [group][class]
+  bool every_codon_has_row = true;
+};
+SequenceSites sequence_sites(std::span<const Codon> codons, GeneticCode code);
+
+// A codon pair of a comparison that differs, with its shares.
+struct ChangedCodon {
+  Codon codon1 = 0, codon2 = 0;
+  const CodonPairShares* shares = nullptr;
+};
+
+// account_site_classes for a pair whose two sequences both have a row for every
+// codon (sites1, sites2 from sequence_sites over the pair's codons), given only
+// the codon pairs that differ, in codon order. The result is the same, bit for
+// bit: equal codons carry no shares, and the placing skips such positions.
+SiteClassResult place_changed_codons(const SequenceSites& sites1, const SequenceSites& sites2,
+                                     std::span<const ChangedCodon> changed, GeneticCode code);
 
 }  // namespace varnoth::divergence

@@ -17,6 +17,7 @@ std::string_view format_label(InputFormat format) {
     case InputFormat::Lwl: return "LWL (91) / Text";
     case InputFormat::PhylipFree:
     case InputFormat::PhylipFixed: return "PHYLIP";
+    case InputFormat::Fasta: return "FASTA";
     case InputFormat::None: break;
   }
   return "";
@@ -43,8 +44,20 @@ std::string upper(std::string_view text) {
 
 }  // namespace
 
+bool is_fasta_extension(std::string_view extension) {
+  const size_t dot = extension.rfind('.');
+  const std::string_view own =
+      dot == std::string_view::npos ? extension : extension.substr(dot + 1);
+  if (own.find_first_of("\\/") != std::string_view::npos) return false;  // no "." in the file name
+  const std::string name = upper(own);
+  for (const char* known : {"FA", "FASTA", "FAS", "FNA", "FFN", "MFA", "AFA"})
+    if (name == known) return true;
+  return false;
+}
+
 InputFormat detect_format(std::string_view line1, std::string_view extension) {
   if (columns(line1, 1, 4) == ">DL;") return InputFormat::Pir;
+  if (columns(line1, 1, 1) == ">" && is_fasta_extension(extension)) return InputFormat::Fasta;
   if (columns(line1, 1, 4) == "#MEG" || columns(line1, 1, 4) == "#meg") return InputFormat::Mega;
   if (columns(line1, 1, 1) == "#") return InputFormat::Gde;
   if (columns(line1, 1, 7) == "CLUSTAL") return InputFormat::Clustal;
@@ -60,6 +73,21 @@ InputFormat detect_format(std::string_view line1, std::string_view extension) {
   double digit = text::read_number(columns(line1, 6, 1));
   double width = text::read_number(columns(line1, 9, 5));
   if (digit >= 0 && digit <= 9 && width > 10 && width < 99999) return InputFormat::PhylipFixed;
+  return InputFormat::None;
+}
+
+InputFormat format_by_name(std::string_view name) {
+  struct Named {
+    std::string_view name;
+    InputFormat format;
+  };
+  static constexpr Named kNamed[] = {
+      {"gde", InputFormat::Gde},         {"lwl", InputFormat::Lwl},
+      {"mega", InputFormat::Mega},       {"pir", InputFormat::Pir},
+      {"clustal", InputFormat::Clustal}, {"msf", InputFormat::Msf},
+      {"phylip", InputFormat::PhylipFree}, {"fasta", InputFormat::Fasta}};
+  for (const Named& n : kNamed)
+    if (n.name == name) return n.format;
   return InputFormat::None;
 }
 

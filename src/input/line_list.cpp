@@ -1,5 +1,6 @@
 #include "input/line_list.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace varnoth::input {
@@ -15,6 +16,23 @@ LineList::LineList(std::string_view bytes) {
     p = stop + 1;
     if (*stop == '\r' && p < end && *p == '\n') ++p;
   }
+}
+
+long count_lines(std::string_view bytes) {
+  long count = 0;
+  const char* p = bytes.data();
+  const char* end = p + bytes.size();
+  while (p < end) {
+    ++count;
+    while (p < end && *p != '\r' && *p != '\n') ++p;
+    if (p == end) break;
+    if (*p++ == '\r' && p < end && *p == '\n') ++p;
+  }
+  return count;
+}
+
+std::string_view first_line(std::string_view bytes) {
+  return bytes.substr(0, std::min(bytes.find('\r'), bytes.find('\n')));
 }
 
 bool LinePass::next(std::string_view& line) {

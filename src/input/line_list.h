@@ -22,6 +22,11 @@ class LineList {
   std::vector<std::string_view> lines_;
 };
 
+// The number of lines LineList would make of `bytes`, and its first line,
+// without building the list.
+long count_lines(std::string_view bytes);
+std::string_view first_line(std::string_view bytes);
+
 // One reading pass from line 1, line by line. A read behind the last line fails
 // with EndOfFile at the number of the line that was wanted.
 class LinePass {

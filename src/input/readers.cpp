@@ -26,6 +26,7 @@ InputStatus read_alignment(InputFormat format, const LineList& lines, SequenceDa
     case InputFormat::Msf: status = read_msf(lines, seq, cell_count); break;
     case InputFormat::PhylipFree: status = read_phylip(lines, true, seq, cell_count); break;
     case InputFormat::PhylipFixed: status = read_phylip(lines, false, seq, cell_count); break;
+    case InputFormat::Fasta: status = read_fasta(lines, seq, cell_count); break;
     case InputFormat::None: return input_failure(InputProblem::FormatError);
   }
   seq.PairCount = seq.SeqCount * (seq.SeqCount - 1) / 2;

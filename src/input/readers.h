@@ -23,6 +23,9 @@ InputStatus read_msf(const LineList& lines, SequenceData& seq, long& cell_count)
 InputStatus read_phylip(const LineList& lines, bool free_header, SequenceData& seq,
                         long& cell_count);
 
+// Aligned FASTA; sequences of unequal length give UnequalLengths.
+InputStatus read_fasta(const LineList& lines, SequenceData& seq, long& cell_count);
+
 // Runs the reader of `format`, then sets PairCount.
 InputStatus read_alignment(InputFormat format, const LineList& lines, SequenceData& seq,
                            long& cell_count);

@@ -6,6 +6,7 @@
 
 #include "input/alignment_cleanup.h"
 #include "input/format_detection.h"
+#include "input/input_limits.h"
 #include "input/input_report.h"
 #include "input/line_list.h"
 #include "input/readers.h"
@@ -16,18 +17,39 @@ namespace varnoth::input {
 
 namespace {
 
-// The whole file as bytes, read once.
-bool read_whole_file(const std::string& path, std::string& bytes) {
+// The position of the first byte of `bytes` from `from` on that no text file
+// holds, or npos.
+std::size_t find_non_text(std::string_view bytes, std::size_t from) {
+  for (std::size_t i = from; i < bytes.size(); ++i)
+    if (!is_text_byte(static_cast<unsigned char>(bytes[i]))) return i;
+  return std::string_view::npos;
+}
+
+InputStatus not_text_at(std::string_view bytes, std::size_t position) {
+  return input_failure(InputProblem::NotText, count_lines(bytes.substr(0, position + 1)));
+}
+
+// The whole file as bytes, read once. A file beyond the size limit is refused
+// before it is read, and one that is not text as soon as a chunk shows it.
+InputStatus read_whole_file(const std::string& path, std::string& bytes) {
   std::error_code error;
-  if (std::filesystem::is_directory(path, error)) return false;
+  if (std::filesystem::is_directory(path, error)) return input_failure(InputProblem::CannotOpen);
   std::ifstream in(path, std::ios::binary);
-  if (!in) return false;
-  auto size = std::filesystem::file_size(path, error);
-  if (!error) bytes.reserve(static_cast<size_t>(size));
+  if (!in) return input_failure(InputProblem::CannotOpen);
+  const auto size = std::filesystem::file_size(path, error);
+  if (!error && size > kMaxFileBytes) return input_failure(InputProblem::FileTooLarge);
+  if (!error) bytes.reserve(static_cast<std::size_t>(size));
   char chunk[1 << 16];
-  while (in.read(chunk, sizeof chunk) || in.gcount() > 0)
-    bytes.append(chunk, static_cast<size_t>(in.gcount()));
-  return !in.bad();
+  while (in.read(chunk, sizeof chunk) || in.gcount() > 0) {
+    const std::size_t from = bytes.size();
+    bytes.append(chunk, static_cast<std::size_t>(in.gcount()));
+    // Checked again here for files whose size is not known beforehand.
+    if (bytes.size() > kMaxFileBytes) return input_failure(InputProblem::FileTooLarge);
+    if (std::size_t at = find_non_text(bytes, from); at != std::string_view::npos)
+      return not_text_at(bytes, at);
+  }
+  if (in.bad()) return input_failure(InputProblem::CannotOpen);
+  return {};
 }
 
 // The stages of a read, with what the open command shows between them.
@@ -37,22 +59,47 @@ struct ReadStages {
   virtual void reformatting() {}
 };
 
+// The limits on what the reader found, before the clean-up evens the rows out
+// to `cell_count` cells each.
+InputStatus check_limits(const SequenceData& seq, long cell_count) {
+  if (seq.SeqCount > kMaxSequences) return input_failure(InputProblem::TooManySequences);
+  if (seq.SeqLength > kMaxPositions || cell_count > kMaxCells)
+    return input_failure(InputProblem::TooManyPositions);
+  const double rows = static_cast<double>(whole_count(seq.SeqCount));
+  if (rows * static_cast<double>(cell_count) * 3 > kMaxNucleotides)
+    return input_failure(InputProblem::TooManyNucleotides);
+  return {};
+}
+
 InputStatus read_stages(std::string_view bytes, std::string_view path, SequenceData& seq,
-                        ReadStages& stages) {
+                        ReadStages& stages, InputFormat forced) {
   seq.InputFileName = std::string(file_name_of(path));
+  if (bytes.size() > kMaxFileBytes) return input_failure(InputProblem::FileTooLarge);
+  // A byte order mark, as editors on Windows write in front of UTF-8 text, is
+  // no part of line 1.
+  if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
+  if (std::size_t at = find_non_text(bytes, 0); at != std::string_view::npos)
+    return not_text_at(bytes, at);
+  if (bytes.empty()) return input_failure(InputProblem::EndOfFile, 1);
+  // Line 1 decides the format before the file is split into lines.
+  const InputFormat format = forced != InputFormat::None
+                                 ? forced
+                                 : detect_format(first_line(bytes), path_extension(path));
+  if (format == InputFormat::None) return input_failure(InputProblem::FormatError);
+  seq.InputFormatName = std::string(format_label(format));
+  if (count_lines(bytes) > kMaxLines) return input_failure(InputProblem::TooManyLines);
   long cell_count = 0;
   {
     LineList lines(bytes);
-    if (lines.size() == 0) return input_failure(InputProblem::EndOfFile, 1);
-    InputFormat format = detect_format(lines[0], path_extension(path));
-    if (format == InputFormat::None) return input_failure(InputProblem::FormatError);
-    seq.InputFormatName = std::string(format_label(format));
     stages.reading();
     InputStatus status = read_alignment(format, lines, seq, cell_count);
     if (!status.ok()) return status;
   }
+  if (InputStatus status = check_limits(seq, cell_count); !status.ok()) return status;
   stages.reformatting();
-  return clean_alignment(seq, cell_count);
+  InputStatus status = clean_alignment(seq, cell_count);
+  if (status.ok() && !input_report_fits(seq)) return input_failure(InputProblem::CountsTooLong);
+  return status;
 }
 
 // The state of the last analysis: region, windows, last estimates, results page.
@@ -95,9 +142,10 @@ struct FormStages : ReadStages {
 
 }  // namespace
 
-InputStatus read_sequence_text(std::string_view bytes, std::string_view path, SequenceData& seq) {
+InputStatus read_sequence_text(std::string_view bytes, std::string_view path, SequenceData& seq,
+                               InputFormat forced) {
   ReadStages silent;
-  return read_stages(bytes, path, seq, silent);
+  return read_stages(bytes, path, seq, silent, forced);
 }
 
 InputStatus open_sequence_file(AnalysisRecord& rec, Platform& platform) {
@@ -109,7 +157,8 @@ InputStatus open_sequence_file(AnalysisRecord& rec, Platform& platform) {
   return load_sequence_file(rec, platform, path);
 }
 
-InputStatus load_sequence_file(AnalysisRecord& rec, Platform& platform, const std::string& path) {
+InputStatus load_sequence_file(AnalysisRecord& rec, Platform& platform, const std::string& path,
+                               InputFormat forced) {
   rec.form.Fichero1.text = path;
   rec.seq.InputFileName = std::string(file_name_of(path));
   show_empty_panes(rec, SummaryTail::None);  // the summary without region lines
@@ -121,15 +170,11 @@ InputStatus load_sequence_file(AnalysisRecord& rec, Platform& platform, const st
   SequenceData next;
   next.SeqCount = rec.seq.SeqCount;
   next.SeqLength = rec.seq.SeqLength;
-  InputStatus status;
   std::string bytes;
-  if (!read_whole_file(path, bytes)) {
-    status = input_failure(InputProblem::CannotOpen);
-  } else {
+  InputStatus status = read_whole_file(path, bytes);
+  if (status.ok()) {
     FormStages stages(rec.form);
-    status = read_stages(bytes, path, next, stages);
-    if (status.ok() && !input_report_fits(next))
-      status = input_failure(InputProblem::CountsTooLong);
+    status = read_stages(bytes, path, next, stages, forced);
   }
   std::string().swap(bytes);
 

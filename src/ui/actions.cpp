@@ -8,6 +8,7 @@
 #include "reports/matrix.h"
 #include "reports/saving.h"
 #include "state/options.h"
+#include "ui/simulation_dialogs.h"
 
 namespace varnoth::ui {
 
@@ -98,14 +99,11 @@ const std::array kCommands{
     Command{"Label1", [](Context& c) { title_page_click(c.rec); }},
     Command{"Label2", [](Context& c) { title_page_click(c.rec); }},
     // Confidence intervals and the relative-rate test: dialogs of their own.
-    // WIRE: the dialog for Ks and Ka intervals                  (simulation/)
-    Command{"CIcodingRegion", nullptr},
-    // WIRE: the same dialog set for the test of Ka/Ks
-    Command{"CIcodingRegionKaKs", nullptr},
-    // WIRE: the dialog for divergence estimate intervals
-    Command{"Confidence_intervals", nullptr},
-    // WIRE: the relative-rate dialog (the item stays hidden)
-    Command{"RelatRate", nullptr},
+    Command{"CIcodingRegion", [](Context& c) { open_kska_window(c.window, 0); }},
+    Command{"CIcodingRegionKaKs", [](Context& c) { open_kska_window(c.window, 1); }},
+    Command{"Confidence_intervals", [](Context& c) { open_confid_window(c.window); }},
+    // The item stays hidden; the command opens the dialog all the same.
+    Command{"RelatRate", [](Context& c) { open_rrtest_window(c.window); }},
     // Help.
     Command{"mnuHelpContents", help},
     Command{"mnuHelpSearch", help},

@@ -18,15 +18,23 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QSignalBlocker>
 #include <QTabWidget>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 
+#include "reports/plot_files.h"
+#include "reports/plot_svg.h"
+#include "reports/saving.h"
 #include "ui/about_box.h"
 #include "ui/artwork.h"
+#include "ui/plot_view.h"
 #include "ui/qt_platform.h"
+#include "ui/simulation_dialogs.h"
 #include "ui/text_convert.h"
 
 namespace varnoth::ui {
@@ -100,7 +108,7 @@ MainWindow::MainWindow(AnalysisRecord& rec, Platform& platform, QWidget* parent)
   grid->addWidget(build_results_page(), 0, 0);
   grid->addWidget(build_windows_page(), 0, 0, Qt::AlignCenter);
   grid->addWidget(build_weight_page(), 0, 0, Qt::AlignCenter);
-  grid->addWidget(build_matrix_page(), 0, 0, Qt::AlignCenter);
+  grid->addWidget(build_matrix_page(), 0, 0);
   column->addWidget(stage, 1);
   setCentralWidget(central);
 
@@ -245,6 +253,9 @@ QWidget* MainWindow::build_results_page() {
   layout->addLayout(buttons);
 
   QTabWidget* tabs = tab_page(QStringLiteral("SSTab3"), page, this);
+  tabs->addTab(build_window_plot_page(), QString::fromLatin1(kWindowPlotCaption));
+  tabs->setTabVisible(1, false);
+  results_tabs_ = tabs;
   bind(tabs, f.SSTab3, Kind::Tabs);
   bind(text3, f.Text3, Kind::Pane);
   bind(progress, f.Text33, Kind::Progress);
@@ -354,6 +365,8 @@ QWidget* MainWindow::build_matrix_page() {
     option->setObjectName(QStringLiteral("Option%1").arg(i + 1));
     options->addWidget(option, i / 3, i % 3);
     bind(option, f.*kOptions[i], Kind::Option);
+    options_[static_cast<std::size_t>(i)] = option;
+    connect(option, &QRadioButton::toggled, this, [this] { refresh_heat_map(); });
   }
 
   auto* save = command_button(QStringLiteral("SaveMatrix"), QString());
@@ -363,12 +376,18 @@ QWidget* MainWindow::build_matrix_page() {
   buttons->addWidget(save);
   buttons->addWidget(cancel);
 
-  auto* layout = new QVBoxLayout(page);
-  layout->addWidget(lower_left);
-  layout->addWidget(combo_);
-  layout->addLayout(options);
-  layout->addSpacing(6);
-  layout->addLayout(buttons);
+  auto* controls = new QVBoxLayout;
+  controls->addWidget(lower_left);
+  controls->addWidget(combo_);
+  controls->addLayout(options);
+  controls->addSpacing(6);
+  controls->addLayout(buttons);
+  controls->addStretch(1);
+  connect(combo_, &QComboBox::currentIndexChanged, this, [this] { refresh_heat_map(); });
+
+  auto* layout = new QHBoxLayout(page);
+  layout->addLayout(controls);
+  layout->addWidget(build_heat_map_panel(), 1);
 
   QTabWidget* tabs = tab_page(QStringLiteral("MatrixTab"), page, this);
   tabs->setMinimumWidth(380);
@@ -376,6 +395,66 @@ QWidget* MainWindow::build_matrix_page() {
   bind(save, f.SaveMatrix, Kind::Button);
   stacked_.push_back(tabs);
   return tabs;
+}
+
+QWidget* MainWindow::build_window_plot_page() {
+  auto* page = new QWidget;
+  page->setObjectName(QStringLiteral("WindowPlot"));
+  plot_chooser_ = new QComboBox(page);
+  plot_chooser_->setObjectName(QStringLiteral("PlotComparison"));
+  plot_chooser_->setMinimumWidth(260);
+  plot_chooser_->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+  connect(plot_chooser_, &QComboBox::currentIndexChanged, this,
+          [this] { show_chosen_comparison(); });
+  auto* chooser_label =
+      label(QStringLiteral("PlotComparisonLabel"), QStringLiteral("Comparison:"), page);
+  chooser_label->setBuddy(plot_chooser_);
+  window_plot_ = new PlotView(page);
+  window_plot_->setObjectName(QStringLiteral("WindowPlotView"));
+
+  auto* png = new QPushButton(QStringLiteral("Save Picture (PNG)"), page);
+  png->setObjectName(QStringLiteral("SavePlotPng"));
+  auto* svg = new QPushButton(QStringLiteral("Save Picture (SVG)"), page);
+  svg->setObjectName(QStringLiteral("SavePlotSvg"));
+  connect(png, &QPushButton::clicked, this,
+          [this] { save_picture(window_plot_, false, reports::kWindowPictureSuffix); });
+  connect(svg, &QPushButton::clicked, this,
+          [this] { save_picture(window_plot_, true, reports::kWindowPictureSuffix); });
+
+  auto* top = new QHBoxLayout;
+  top->addWidget(chooser_label);
+  top->addWidget(plot_chooser_);
+  top->addStretch(1);
+  top->addWidget(png);
+  top->addWidget(svg);
+  auto* layout = new QVBoxLayout(page);
+  layout->addLayout(top);
+  layout->addWidget(window_plot_, 1);
+  return page;
+}
+
+QWidget* MainWindow::build_heat_map_panel() {
+  auto* panel = new QWidget;
+  heat_map_ = new PlotView(panel);
+  heat_map_->setObjectName(QStringLiteral("HeatMapView"));
+  heat_map_->setMinimumSize(420, 300);
+  auto* png = new QPushButton(QStringLiteral("Save Picture (PNG)"), panel);
+  png->setObjectName(QStringLiteral("SaveHeatMapPng"));
+  auto* svg = new QPushButton(QStringLiteral("Save Picture (SVG)"), panel);
+  svg->setObjectName(QStringLiteral("SaveHeatMapSvg"));
+  connect(png, &QPushButton::clicked, this,
+          [this] { save_picture(heat_map_, false, reports::kMatrixPictureSuffix); });
+  connect(svg, &QPushButton::clicked, this,
+          [this] { save_picture(heat_map_, true, reports::kMatrixPictureSuffix); });
+  auto* buttons = new QHBoxLayout;
+  buttons->addStretch(1);
+  buttons->addWidget(png);
+  buttons->addWidget(svg);
+  auto* layout = new QVBoxLayout(panel);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->addWidget(heat_map_, 1);
+  layout->addLayout(buttons);
+  return panel;
 }
 
 void MainWindow::build_region_dialog() {
@@ -521,6 +600,9 @@ void MainWindow::sync() {
   combo_->setEnabled(combo.enabled);
   combo_->setVisible(combo.visible);
 
+  refresh_window_plot();
+  if (f.MatrixTab.visible) refresh_heat_map();
+
   for (QWidget* page : stacked_) page->raise();
 
   const RegionDialog& r = rec_.region_dialog;
@@ -534,8 +616,115 @@ void MainWindow::run(std::string_view control) {
   running_ = true;
   pull();
   perform(control, rec_, platform_, *this);
+  if (control == "Divergence") simulation_dialogs().divergence_ran();
   running_ = false;
   sync();
+}
+
+SimulationDialogs& MainWindow::simulation_dialogs() {
+  if (simulation_dialogs_ == nullptr)
+    simulation_dialogs_ = new SimulationDialogs(*this, rec_, platform_);
+  return *simulation_dialogs_;
+}
+
+// ---------------------------------------------------------------------------
+// Pictures.
+
+void MainWindow::refresh_window_plot() {
+  const std::string& text = rec_.results.WindowDataText;
+  if (text != plotted_table_) {
+    plotted_table_ = text;
+    std::optional<reports::WindowTable> table = reports::window_table_of(rec_, text);
+    window_table_.reset();
+    if (table && !table->comparisons.empty()) {
+      window_titles_ = reports::window_chart_titles(rec_, *table);
+      window_table_ = std::make_shared<const reports::WindowTable>(std::move(*table));
+    }
+    const QSignalBlocker quiet(plot_chooser_);
+    plot_chooser_->clear();
+    if (window_table_) {
+      const auto& comparisons = window_table_->comparisons;
+      for (std::size_t c = 0; c < comparisons.size(); ++c)
+        plot_chooser_->addItem(QStringLiteral("%1: ").arg(c + 1) +
+                               to_qstring(comparisons[c].name_a) + QStringLiteral("  vs  ") +
+                               to_qstring(comparisons[c].name_b));
+    }
+    show_chosen_comparison();
+  }
+  // The page is there while the results are those of a window run.
+  const bool shown = window_table_ != nullptr && rec_.form.BotoData.visible;
+  if (!shown && results_tabs_->currentIndex() == 1) results_tabs_->setCurrentIndex(0);
+  results_tabs_->setTabVisible(1, shown);
+  const bool many = window_table_ && window_table_->comparisons.size() > 1;
+  plot_chooser_->setVisible(many);
+  findChild<QLabel*>(QStringLiteral("PlotComparisonLabel"))->setVisible(many);
+}
+
+void MainWindow::show_chosen_comparison() {
+  if (!window_table_) {
+    window_plot_->set_builder({});
+    return;
+  }
+  const std::size_t chosen =
+      static_cast<std::size_t>(std::max(0, plot_chooser_->currentIndex()));
+  window_plot_->set_builder(
+      [table = window_table_, titles = window_titles_, chosen](double width, double height) {
+        reports::WindowChartOptions options;
+        options.width = width;
+        options.height = height;
+        options.comparison = chosen;
+        return reports::window_chart(*table, titles, options);
+      });
+}
+
+bool MainWindow::show_window_plot() {
+  refresh_window_plot();
+  if (!results_tabs_->isTabVisible(1)) return false;
+  results_tabs_->setCurrentIndex(1);
+  return true;
+}
+
+MatrixItem MainWindow::shown_matrix_item() const {
+  if (!rec_.coding()) {
+    const std::string text = to_std(combo_->currentText());
+    for (std::size_t i = 0; i < kMatrixComboItems.size(); ++i)
+      if (text == kMatrixComboItems[i]) return noncoding_matrix_item(static_cast<int>(i));
+    return noncoding_matrix_item(0);
+  }
+  int option = 1;
+  for (int i = 0; i < 6; ++i)
+    if (options_[static_cast<std::size_t>(i)]->isChecked()) {
+      option = i + 1;
+      break;
+    }
+  return coding_matrix_item(option, rec_.menu.JukesandCantor.checked);
+}
+
+void MainWindow::refresh_heat_map() {
+  if (heat_map_ == nullptr || !rec_.form.MatrixTab.visible) return;
+  const MatrixItem item = shown_matrix_item();
+  auto cells = std::make_shared<const reports::HeatMapData>(reports::heat_map_data(rec_, item));
+  heat_map_->set_builder(
+      [cells, titles = reports::heat_map_titles(rec_, item)](double width, double height) {
+        return reports::heat_map(*cells, titles, {width, height});
+      });
+}
+
+void MainWindow::save_picture(PlotView* view, bool svg, std::string_view suffix) {
+  if (running_ || !view->has_picture()) return;
+  running_ = true;
+  const std::string path =
+      reports::ask_picture_path(rec_, platform_, svg ? reports::kSvgFilter : reports::kPngFilter,
+                                suffix, svg ? ".svg" : ".png");
+  // Like the other saves, a cancel or a failed write ends silently.
+  if (!path.empty()) {
+    const reports::Scene scene = view->scene();
+    if (svg)
+      write_text_file(path, reports::svg_text(scene));
+    else
+      scene_image(scene).save(to_qstring(path), "PNG");
+  }
+  running_ = false;
 }
 
 // ---------------------------------------------------------------------------

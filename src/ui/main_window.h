@@ -6,8 +6,15 @@
 
 #include <QMainWindow>
 #include <QString>
+#include <array>
+#include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
+
+#include "reports/matrix.h"
+#include "reports/plot_charts.h"
+#include "reports/plot_data.h"
 
 #include "state/platform.h"
 #include "state/record.h"
@@ -21,11 +28,17 @@ class QLabel;
 class QLineEdit;
 class QMenu;
 class QPushButton;
+class QRadioButton;
 class QTabWidget;
 
 namespace varnoth::ui {
 
+class PlotView;
+class SimulationDialogs;
+
 inline constexpr const char* kAppTitle = "Varnoth";
+// The page of SSTab3 beside Text3 that draws the window table.
+inline constexpr const char* kWindowPlotCaption = "Window Plot";
 
 class MainWindow : public QMainWindow, public WindowCommands {
  public:
@@ -38,6 +51,14 @@ class MainWindow : public QMainWindow, public WindowCommands {
   void run(std::string_view control);
 
   QDialog* region_dialog() const { return region_; }
+
+  // Shows the window plot page of the results, where a window run left one.
+  bool show_window_plot();
+  // The matrix item the matrix page's controls choose now.
+  MatrixItem shown_matrix_item() const;
+
+  // The windows of the simulations and of the relative-rate test.
+  SimulationDialogs& simulation_dialogs();
 
   // WindowCommands.
   void show_about() override;
@@ -67,9 +88,18 @@ class MainWindow : public QMainWindow, public WindowCommands {
   void build_region_dialog();
   void bind(QWidget* widget, Control& control, Kind kind);
   QPushButton* command_button(const QString& name, const QString& caption);
+  QWidget* build_window_plot_page();
+  QWidget* build_heat_map_panel();
   void pull();
   void push_menus();
   void push_bindings();
+  // The pictures follow the record: the window plot its window table, the heat
+  // map the matrix page's choice.
+  void refresh_window_plot();
+  void show_chosen_comparison();
+  void refresh_heat_map();
+  // Saves the picture of `view` as the user names it: SVG text or a PNG image.
+  void save_picture(PlotView* view, bool svg, std::string_view suffix);
 
   AnalysisRecord& rec_;
   Platform& platform_;
@@ -83,8 +113,18 @@ class MainWindow : public QMainWindow, public WindowCommands {
 
   QTabWidget* panes_ = nullptr;  // SSTab1
   QComboBox* combo_ = nullptr;   // Combo1
+  std::array<QRadioButton*, 9> options_{};  // Option1..Option9
+
+  QTabWidget* results_tabs_ = nullptr;  // SSTab3
+  QComboBox* plot_chooser_ = nullptr;   // the comparison of the window plot
+  PlotView* window_plot_ = nullptr;
+  PlotView* heat_map_ = nullptr;
+  std::string plotted_table_;  // the window table the plot was made from
+  std::shared_ptr<const reports::WindowTable> window_table_;
+  reports::ChartTitles window_titles_;
   QDialog* region_ = nullptr;
   QGroupBox* region_frame_ = nullptr;
+  SimulationDialogs* simulation_dialogs_ = nullptr;  // a child, made when first asked for
 };
 
 }  // namespace varnoth::ui

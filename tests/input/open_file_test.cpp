@@ -40,7 +40,8 @@ TEST(OpenSequenceFile, AsksWithTheSequenceFilterAndCancelChangesNothing) {
   EXPECT_EQ(status.problem, InputProblem::Cancelled);
   ASSERT_EQ(platform.open_requests.size(), 1u);
   EXPECT_EQ(platform.open_requests[0].filter,
-            "Sequence Files |*.gde;*.lwl;*.meg;*.pir;*.aln;*.msf;*.phy|All files (*.*)|*.*");
+            "Sequence Files |*.gde;*.lwl;*.meg;*.pir;*.aln;*.msf;*.phy;*.fa;*.fasta;*.fas;*.fna;"
+            "*.ffn;*.mfa;*.afa|All files (*.*)|*.*");
   EXPECT_EQ(platform.open_requests[0].filter_index, 1);
   EXPECT_EQ(platform.open_requests[0].default_name, "");
   EXPECT_EQ(rec.form.Text1.text, "before");
@@ -160,7 +161,8 @@ std::vector<RefusedCase> refused_cases() {
        " File ends before the data is complete: truncated.phy, line 5"},
       {example("malformed/fasta_like.aln"), "  File Format Error"},
       {example("malformed/no_format.txt"), "  File Format Error"},
-      {example("malformed/binary.dat"), "  File Format Error"},
+      {example("malformed/binary.dat"),
+       " Not a text file (it holds binary data): binary.dat, line 1"},
       // No counts left: format error; those of a 6 x 900 file: 6 lines wanted.
       {example("malformed/fixed_header.txt"), "  File Format Error",
        " File ends before the data is complete: fixed_header.txt, line 5"},
@@ -169,7 +171,7 @@ std::vector<RefusedCase> refused_cases() {
       {example("malformed/long_fraction.lwl"),
        " Too many sequences or positions to report (5 digits at most): long_fraction.lwl"},
       {scratch_file("wide.phy", big),
-       " Too many sequences or positions to report (5 digits at most): wide.phy"},
+       " More than 99,999 nucleotide positions, the most this program reads: wide.phy"},
       {scratch_file("short.aln", lines_text({"CLUSTAL", "", "Hs   ACGTACGT", "Pt   ACGTACGA"})),
        " No sequence data where expected: short.aln, line 3"},
       {missing, " Cannot open the file: " + missing},

@@ -17,7 +17,11 @@
 #include <QRegularExpression>
 #include <QTabWidget>
 #include <QTimer>
+#include <QDir>
+#include <QFile>
+#include <map>
 #include <memory>
+#include <variant>
 #include <string>
 #include <vector>
 
@@ -26,6 +30,7 @@
 #include "ui/about_box.h"
 #include "ui/actions.h"
 #include "ui/main_window.h"
+#include "ui/plot_view.h"
 #include "ui/qt_platform.h"
 
 namespace varnoth::ui {
@@ -41,6 +46,7 @@ class RecordingPlatform : public Platform {
  public:
   std::vector<Message> messages;
   std::vector<std::string> open_answers;  // taken in order; then "" (cancel)
+  std::vector<std::string> save_answers;  // the same for the save dialog
   int beeps = 0;
   bool message(std::string_view text, std::string_view title, MessageIcon icon, bool) override {
     messages.push_back({std::string(text), std::string(title), icon});
@@ -52,7 +58,12 @@ class RecordingPlatform : public Platform {
     open_answers.erase(open_answers.begin());
     return answer;
   }
-  std::string save_file(const FileDialogRequest&) override { return {}; }
+  std::string save_file(const FileDialogRequest&) override {
+    if (save_answers.empty()) return {};
+    std::string answer = save_answers.front();
+    save_answers.erase(save_answers.begin());
+    return answer;
+  }
   void print(std::string_view) override {}
   void beep() override { ++beeps; }
   void busy(bool) override {}
@@ -404,6 +415,98 @@ TEST_F(MainWindowTest, OpenRunAndChooseStretchesThroughTheWidgets) {
   EXPECT_TRUE(pane("Text2").endsWith(QStringLiteral("\n Region to analyze: All")));
 }
 
+// What a picture shows, read from its scene: the comparison of each panel,
+// the number of points of a series, the cells, the title.
+struct SceneSummary {
+  std::vector<std::string> panels;
+  std::map<std::string, int> points;  // by data-series
+  int cells = 0;
+  std::string title;
+};
+
+SceneSummary summary(const reports::Scene& scene) {
+  SceneSummary out;
+  auto attribute = [](const reports::DataAttributes& data, const std::string& name) {
+    for (const auto& [key, value] : data)
+      if (key == name) return value;
+    return std::string();
+  };
+  for (const reports::Shape& shape : scene.shapes) {
+    if (const auto* g = std::get_if<reports::GroupStart>(&shape); g && g->css_class == "panel")
+      out.panels.push_back(attribute(g->data, "comparison"));
+    if (const auto* c = std::get_if<reports::CircleShape>(&shape); c && c->css_class == "point")
+      ++out.points[attribute(c->data, "series")];
+    if (const auto* r = std::get_if<reports::RectShape>(&shape); r && r->css_class == "cell")
+      ++out.cells;
+    if (const auto* t = std::get_if<reports::TextShape>(&shape); t && t->css_class == "title")
+      out.title += t->text + " ";
+  }
+  return out;
+}
+
+TEST_F(MainWindowTest, WindowPlotPageAndHeatMapFollowTheRun) {
+  platform.open_answers = {VARNOTH_SOURCE_DIR "/examples/coding/primates.aln"};
+  action("OpenFile")->trigger();
+  action("Divergence")->trigger();
+  auto* tabs = find<QTabWidget>("SSTab3");
+  EXPECT_FALSE(tabs->isTabVisible(1));  // a whole run has no window plot
+  EXPECT_FALSE(window->show_window_plot());
+
+  // The heat map draws the item the page chooses: 6 sequences, 15 cells.
+  find<QPushButton>("MatrixBoton")->click();
+  auto* heat = find<PlotView>("HeatMapView");
+  ASSERT_TRUE(heat->has_picture());
+  SceneSummary map = summary(heat->scene());
+  EXPECT_EQ(map.cells, 15);
+  EXPECT_NE(map.title.find("matrix: Ks, Kimura 2-p"), std::string::npos) << map.title;
+  find<QRadioButton>("Option2")->setChecked(true);
+  map = summary(heat->scene());
+  EXPECT_NE(map.title.find("matrix: Ka, Kimura 2-p"), std::string::npos) << map.title;
+  find<QPushButton>("Command2")->click();
+  find<QPushButton>("CloseBotton")->click();
+
+  // A window run: the page appears, one comparison at a time by the chooser.
+  action("Sliding_Window")->trigger();
+  find<QPushButton>("AcceptSliWindows")->click();
+  action("Divergence")->trigger();
+  ASSERT_TRUE(tabs->isTabVisible(1));
+  EXPECT_EQ(tabs->tabText(1), QString::fromLatin1(kWindowPlotCaption));
+  ASSERT_TRUE(window->show_window_plot());
+  EXPECT_EQ(tabs->currentIndex(), 1);
+  auto* chooser = find<QComboBox>("PlotComparison");
+  ASSERT_EQ(chooser->count(), 15);
+  EXPECT_TRUE(chooser->isVisible());
+  chooser->setCurrentIndex(4);
+  auto* plot = find<PlotView>("WindowPlotView");
+  const SceneSummary chart = summary(plot->scene());
+  EXPECT_EQ(chart.panels, std::vector<std::string>{"5"});
+  // 900 positions, windows of 450 moving 150: four windows, Ks and Ka in each.
+  EXPECT_EQ(chart.points.at("Ks K-2p"), 4);
+  EXPECT_EQ(chart.points.at("Ka K-2p"), 4);
+  EXPECT_NE(chart.title.find("Ks, Ka and Ka/Ks"), std::string::npos) << chart.title;
+
+  // Saved as SVG, the file holds the panel shown; a cancelled dialog saves nothing.
+  const QString path = QDir::temp().filePath(QStringLiteral("varnoth_uitest_plot.svg"));
+  QFile::remove(path);
+  platform.save_answers = {path.toStdString()};
+  find<QPushButton>("SavePlotSvg")->click();
+  QFile file(path);
+  ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+  const QByteArray svg = file.readAll();
+  EXPECT_TRUE(svg.startsWith("<?xml"));
+  EXPECT_TRUE(svg.contains("data-comparison=\"5\""));
+  file.close();
+  QFile::remove(path);
+  find<QPushButton>("SavePlotPng")->click();
+
+  // A whole run again: the page goes.
+  action("Sliding_Window")->trigger();
+  find<QPushButton>("WholeSliWindows")->click();
+  action("Divergence")->trigger();
+  EXPECT_FALSE(tabs->isTabVisible(1));
+  EXPECT_EQ(tabs->currentIndex(), 0);
+}
+
 // Not a check: pictures of the pages for a look at the layout, when asked for.
 TEST_F(MainWindowTest, PicturesOfThePagesWhenAskedFor) {
   const QString dir = qEnvironmentVariable("VARNOTH_UI_SHOTS");
@@ -440,6 +543,19 @@ TEST_F(MainWindowTest, PicturesOfThePagesWhenAskedFor) {
   about->show();
   shot("about", about);
   delete about;
+
+  // The pictures of a coding window run and of a coding matrix.
+  platform.open_answers = {VARNOTH_SOURCE_DIR "/examples/coding/primates.aln"};
+  action("OpenFile")->trigger();
+  action("Divergence")->trigger();
+  find<QPushButton>("MatrixBoton")->click();
+  shot("heat_map", window.get());
+  find<QPushButton>("Command2")->click();
+  action("Sliding_Window")->trigger();
+  find<QPushButton>("AcceptSliWindows")->click();
+  action("Divergence")->trigger();
+  EXPECT_TRUE(window->show_window_plot());
+  shot("window_plot", window.get());
 }
 
 TEST(QtFilters, DialogFiltersInQtForm) {

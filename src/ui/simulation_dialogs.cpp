@@ -1,0 +1,226 @@
+#include "ui/simulation_dialogs.h"
+
+#include <QAbstractButton>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSignalBlocker>
+#include <QStringList>
+
+#include "ui/confid_window.h"
+#include "ui/kska_window.h"
+#include "ui/main_window.h"
+#include "ui/qt_platform.h"
+#include "ui/rrtest_window.h"
+#include "ui/text_convert.h"
+
+namespace varnoth::ui {
+
+namespace {
+
+// Redraws a running dialog at most this often: a replicate costs far less.
+constexpr qint64 kRefreshIntervalMs = 40;
+
+}  // namespace
+
+// ---------------------------------------------------------------------------
+// ControlBindings.
+
+void ControlBindings::bind(QWidget* widget, Control& control, Kind kind) {
+  bindings_.push_back({widget, &control, kind, QString()});
+}
+
+void ControlBindings::pull() {
+  for (Binding& b : bindings_) {
+    switch (b.kind) {
+      case Kind::Entry: b.control->text = to_std(static_cast<QLineEdit*>(b.widget)->text()); break;
+      case Kind::Check:
+      case Kind::Option:
+      case Kind::Toggle:
+        b.control->value = static_cast<QAbstractButton*>(b.widget)->isChecked();
+        break;
+      default: break;
+    }
+  }
+}
+
+void ControlBindings::push() {
+  for (Binding& b : bindings_) {
+    const Control& c = *b.control;
+    switch (b.kind) {
+      case Kind::Label: static_cast<QLabel*>(b.widget)->setText(to_qstring(c.text)); break;
+      case Kind::Frame: static_cast<QGroupBox*>(b.widget)->setTitle(to_qstring(c.text)); break;
+      case Kind::Button: static_cast<QPushButton*>(b.widget)->setText(to_qstring(c.text)); break;
+      case Kind::Toggle:
+      case Kind::Check: {
+        auto* button = static_cast<QAbstractButton*>(b.widget);
+        button->setText(to_qstring(c.text));
+        button->setChecked(c.value);
+        break;
+      }
+      case Kind::Option: {
+        auto* option = static_cast<QRadioButton*>(b.widget);
+        option->setText(to_qstring(c.text));
+        // As the dialog says, even where that leaves none chosen.
+        option->setAutoExclusive(false);
+        option->setChecked(c.value);
+        option->setAutoExclusive(true);
+        break;
+      }
+      case Kind::Entry:
+      case Kind::Progress: {
+        auto* edit = static_cast<QLineEdit*>(b.widget);
+        const QString text = to_qstring(c.text);
+        if (edit->text() != text) edit->setText(text);
+        break;
+      }
+      case Kind::Pane: {
+        const QString text = display_text(c.text);
+        if (text != b.shown) {
+          static_cast<QPlainTextEdit*>(b.widget)->setPlainText(text);
+          b.shown = text;
+        }
+        break;
+      }
+    }
+    b.widget->setEnabled(c.enabled);
+    b.widget->setVisible(c.visible);
+  }
+}
+
+void ControlBindings::lock_all_but(const QWidget* keep) {
+  for (Binding& b : bindings_) {
+    if (b.widget == keep) continue;
+    switch (b.kind) {
+      case Kind::Button:
+      case Kind::Toggle:
+      case Kind::Entry:
+      case Kind::Check:
+      case Kind::Option: b.widget->setEnabled(false); break;
+      default: break;
+    }
+  }
+}
+
+void push_combo(QComboBox* widget, const ComboBox& combo) {
+  const QSignalBlocker quiet(widget);
+  QStringList items;
+  for (const std::string& item : combo.items) items << to_qstring(item);
+  QStringList shown;
+  for (int i = 0; i < widget->count(); ++i) shown << widget->itemText(i);
+  if (items != shown) {
+    widget->clear();
+    widget->addItems(items);
+  }
+  widget->setCurrentIndex(widget->findText(to_qstring(combo.text)));
+  widget->setEnabled(combo.enabled);
+  widget->setVisible(combo.visible);
+}
+
+QPushButton* dialog_button(const char* name, QWidget* parent) {
+  auto* button = new QPushButton(parent);
+  button->setObjectName(QString::fromLatin1(name));
+  button->setAutoDefault(false);
+  return button;
+}
+
+QLineEdit* dialog_entry(const char* name, QWidget* parent, bool read_only) {
+  auto* edit = new QLineEdit(parent);
+  edit->setObjectName(QString::fromLatin1(name));
+  if (read_only) {
+    edit->setReadOnly(true);
+    edit->setFocusPolicy(Qt::NoFocus);
+  }
+  return edit;
+}
+
+QPlainTextEdit* dialog_pane(const char* name, QWidget* parent) {
+  auto* pane = new QPlainTextEdit(parent);
+  pane->setObjectName(QString::fromLatin1(name));
+  pane->setReadOnly(true);
+  pane->setLineWrapMode(QPlainTextEdit::NoWrap);
+  pane->setFont(fixed_pitch_font());
+  return pane;
+}
+
+QLabel* dialog_label(const char* name, QWidget* parent, const QString& text) {
+  auto* label = new QLabel(text, parent);
+  label->setObjectName(QString::fromLatin1(name));
+  return label;
+}
+
+// ---------------------------------------------------------------------------
+// RunPlatform.
+
+bool RunPlatform::message(std::string_view text, std::string_view title, MessageIcon icon,
+                          bool yes_no) {
+  if (refresh_) refresh_();
+  return inner_.message(text, title, icon, yes_no);
+}
+
+void RunPlatform::yield() {
+  if (refresh_ && (!since_refresh_.isValid() || since_refresh_.elapsed() >= kRefreshIntervalMs)) {
+    since_refresh_.start();
+    refresh_();
+  }
+  inner_.yield();
+}
+
+// ---------------------------------------------------------------------------
+// SimulationDialogs.
+
+SimulationDialogs::SimulationDialogs(MainWindow& main, AnalysisRecord& rec, Platform& platform)
+    : QObject(&main), main_(main), rec_(rec), platform_(platform) {}
+
+void SimulationDialogs::open_confid() {
+  if (confid_ == nullptr) confid_ = new ConfidWindow(*this, rec_, platform_, &main_);
+  confid_->open_dialog();
+}
+
+void SimulationDialogs::open_kska(int mode) {
+  if (kska_ == nullptr) kska_ = new KsKaWindow(*this, rec_, platform_, &main_);
+  kska_->open_dialog(mode);
+}
+
+void SimulationDialogs::open_rrtest() {
+  if (rrtest_ == nullptr) rrtest_ = new RRtestWindow(*this, rec_, &main_);
+  rrtest_->open_dialog();
+}
+
+void SimulationDialogs::divergence_ran() {
+  session_.Seq1Index = 0;
+  session_.Seq2Index = 0;
+}
+
+void SimulationDialogs::refresh_main() {
+  main_.sync();
+  if (main_.isVisible() != rec_.form.Form1.visible) main_.setVisible(rec_.form.Form1.visible);
+}
+
+namespace {
+
+SimulationDialogs* dialogs_of(WindowCommands& window) {
+  auto* main = dynamic_cast<MainWindow*>(&window);
+  return main != nullptr ? &main->simulation_dialogs() : nullptr;
+}
+
+}  // namespace
+
+void open_confid_window(WindowCommands& window) {
+  if (SimulationDialogs* d = dialogs_of(window)) d->open_confid();
+}
+
+void open_kska_window(WindowCommands& window, int mode) {
+  if (SimulationDialogs* d = dialogs_of(window)) d->open_kska(mode);
+}
+
+void open_rrtest_window(WindowCommands& window) {
+  if (SimulationDialogs* d = dialogs_of(window)) d->open_rrtest();
+}
+
+}  // namespace varnoth::ui
