@@ -44,7 +44,10 @@ void ConfidWindow::build() {
   QLineEdit* text2 = dialog_entry("Text2", parameters);
   QLineEdit* text3 = dialog_entry("Text3", parameters);
   QLineEdit* text4 = dialog_entry("Text4", parameters);
-  for (QLineEdit* e : {text1, text2, text3, text4}) e->setMaximumWidth(110);
+  for (QLineEdit* e : {text1, text2, text3, text4}) {
+    e->setMinimumWidth(90);
+    e->setMaximumWidth(110);
+  }
   b.bind(text1, d.Text1, Kind::Entry);
   b.bind(text2, d.Text2, Kind::Entry);
   b.bind(text3, d.Text3, Kind::Entry);
@@ -100,8 +103,10 @@ void ConfidWindow::build() {
   connect(ratio, &QRadioButton::clicked, this, [this] { run("OptionButton3"); });
   QLineEdit* text5 = dialog_entry("Text5", model);
   QLineEdit* text6 = dialog_entry("Text6", model);
-  text5->setMaximumWidth(70);
-  text6->setMaximumWidth(70);
+  for (QLineEdit* e : {text5, text6}) {
+    e->setMinimumWidth(50);
+    e->setMaximumWidth(70);
+  }
   b.bind(text5, d.Text5, Kind::Entry);
   b.bind(text6, d.Text6, Kind::Entry);
   auto* ratio_row = new QHBoxLayout;
@@ -175,6 +180,7 @@ void ConfidWindow::build() {
   auto* layout = new QHBoxLayout(this);
   layout->addLayout(left);
   layout->addLayout(right, 1);
+  resize(880, 500);
 }
 
 void ConfidWindow::open_dialog() {

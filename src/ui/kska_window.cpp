@@ -34,8 +34,10 @@ QGroupBox* ratio_frame(const char* title_name, const char* class_name, const cha
   QLabel* which = dialog_label(class_name, frame);
   QLineEdit* a = dialog_entry(trs, frame);
   QLineEdit* c = dialog_entry(trv, frame);
-  a->setMaximumWidth(60);
-  c->setMaximumWidth(60);
+  for (QLineEdit* e : {a, c}) {
+    e->setMinimumWidth(50);
+    e->setMaximumWidth(60);
+  }
   auto* random = new QCheckBox(frame);
   random->setObjectName(QString::fromLatin1(check));
   b.bind(heading, title, Kind::Label);
@@ -110,6 +112,7 @@ QWidget* KsKaWindow::build_parameters_page() {
   for (const auto& f : kFields) {
     QLabel* caption = dialog_label(f.label, page);
     QLineEdit* entry = dialog_entry(f.text, page);
+    entry->setMinimumWidth(80);
     entry->setMaximumWidth(100);
     b.bind(caption, d.*f.label_control, Kind::Label);
     b.bind(entry, d.*f.text_control, Kind::Entry);

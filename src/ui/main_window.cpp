@@ -616,7 +616,8 @@ void MainWindow::run(std::string_view control) {
   running_ = true;
   pull();
   perform(control, rec_, platform_, *this);
-  if (control == "Divergence") simulation_dialogs().divergence_ran();
+  if (control == "Divergence" && simulation_dialogs_ != nullptr)
+    simulation_dialogs_->divergence_ran();
   running_ = false;
   sync();
 }

@@ -197,9 +197,16 @@ void SimulationDialogs::divergence_ran() {
   session_.Seq2Index = 0;
 }
 
+bool SimulationDialogs::simulation_running() const {
+  return (confid_ != nullptr && confid_->running()) || (kska_ != nullptr && kska_->running());
+}
+
 void SimulationDialogs::refresh_main() {
   main_.sync();
-  if (main_.isVisible() != rec_.form.Form1.visible) main_.setVisible(rec_.form.Form1.visible);
+  // The relative-rate window can be closed while a simulation yields: the main
+  // window, with its menus, stays away until the run ends.
+  const bool shown = rec_.form.Form1.visible && !simulation_running();
+  if (main_.isVisible() != shown) main_.setVisible(shown);
 }
 
 namespace {

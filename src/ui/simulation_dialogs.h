@@ -120,8 +120,9 @@ class SimulationDialogs : public QObject {
   void divergence_ran();
 
   // Shows the main window as the record says (hidden while a simulation's
-  // dialog is open), with its menus.
+  // dialog is open), with its menus; never while a simulation runs.
   void refresh_main();
+  bool simulation_running() const;
 
   // The windows, null until first opened.
   ConfidWindow* confid() const { return confid_; }

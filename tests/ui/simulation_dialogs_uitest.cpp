@@ -13,17 +13,20 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTabWidget>
+#include <QTimer>
 #include <cmath>
 #include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "input/sequence_file.h"
 #include "state/options.h"
 #include "state/record.h"
 #include "ui/confid_window.h"
 #include "ui/kska_window.h"
 #include "ui/main_window.h"
+#include "ui/qt_platform.h"
 #include "ui/rrtest_window.h"
 #include "ui/simulation_dialogs.h"
 
@@ -215,6 +218,35 @@ TEST_F(SimulationDialogsTest, ConfidStopClickedDuringTheRunEndsIt) {
   EXPECT_FALSE(confid().running());
 }
 
+TEST_F(SimulationDialogsTest, ConfidAfterACodingRunTogglesBetweenKsAndKa) {
+  analyse("coding/primates.meg", false);
+  const CodingHandedOnFields& h = rec.results.handed_on;
+  ASSERT_GT(h.Ks, 0);
+  ASSERT_GT(h.Ka, 0);
+  action("Confidence_intervals")->trigger();
+  QDialog* d = dialog("Confid");
+  auto* ks = in<QPushButton>(d, "ToggleButton1");
+  auto* ka = in<QPushButton>(d, "ToggleButton2");
+  ASSERT_TRUE(ks->isVisible() && ka->isVisible());
+  EXPECT_FALSE(in(d, "ToggleButton3")->isVisible());
+  EXPECT_TRUE(ks->isChecked());
+  EXPECT_EQ(text(d, "Text1"), QString::number(h.Ks, 'f', 4) + QLatin1Char(' '));
+  EXPECT_EQ(in<QLabel>(d, "Label4")->text(), QStringLiteral("Syn. Equivalent Sites"));
+  EXPECT_EQ(text(d, "Text2"), QString::number(std::floor(0.5 + h.SES)));
+  ka->click();
+  EXPECT_TRUE(ka->isChecked());
+  EXPECT_FALSE(ks->isChecked());
+  EXPECT_EQ(text(d, "Text1"), QString::number(h.Ka, 'f', 4) + QLatin1Char(' '));
+  EXPECT_EQ(in<QLabel>(d, "Label4")->text(), QStringLiteral("Nonsyn. Equivalent Sites"));
+  EXPECT_EQ(text(d, "Text2"), QString::number(std::floor(0.5 + h.NES)));
+  // A second click on the pressed toggle keeps it pressed.
+  ka->click();
+  EXPECT_TRUE(ka->isChecked());
+  click(d, "Command3");
+  EXPECT_FALSE(d->isVisible());
+  EXPECT_TRUE(window->isVisible());
+}
+
 TEST_F(SimulationDialogsTest, KsKaOpensOnACodingRunChoosesAPairAndRuns) {
   analyse("coding/primates.meg", false);
   const CodingHandedOnFields last = rec.results.handed_on;
@@ -366,6 +398,43 @@ TEST_F(SimulationDialogsTest, RRtestOpensFromItsHiddenItemAndShowsTheDifferences
   EXPECT_TRUE(window->isVisible());
 }
 
+// With the desktop program's own Platform, a click on Stop reaches the window
+// through the event loop that the run yields to.
+TEST(SimulationDialogsOnQt, StopTakesAClickWhileTheRunYields) {
+  AnalysisRecord rec;
+  start_up(rec);
+  QtPlatform platform;
+  MainWindow window(rec, platform);
+  platform.set_parent(&window);
+  platform.set_refresh([&window] { window.sync(); });
+  window.show();
+  window.run("SSTab2");
+  ASSERT_TRUE(input::load_sequence_file(rec, platform,
+                                        VARNOTH_SOURCE_DIR "/examples/noncoding/introns.meg")
+                  .ok());
+  window.run("Noncoding");
+  window.run("Divergence");
+  window.run("Confidence_intervals");
+  ConfidWindow* confid = window.simulation_dialogs().confid();
+  ASSERT_NE(confid, nullptr);
+  confid->dialog().seed = 2;
+  // Far more replicates than the wait before the click can finish.
+  confid->findChild<QLineEdit*>(QStringLiteral("Text4"))->setText(QStringLiteral("200000"));
+  confid->findChild<QCheckBox*>(QStringLiteral("Check4"))->click();
+  auto* stop = confid->findChild<QPushButton*>(QStringLiteral("Command7"));
+  bool clicked_while_running = false;
+  QTimer::singleShot(150, stop, [&] {
+    clicked_while_running = confid->running() && stop->isVisible() && stop->isEnabled();
+    stop->click();
+  });
+  confid->findChild<QPushButton*>(QStringLiteral("Command1"))->click();
+  EXPECT_TRUE(clicked_while_running);
+  EXPECT_FALSE(confid->running());
+  EXPECT_FALSE(confid->isVisible());
+  EXPECT_TRUE(window.isVisible());
+  EXPECT_TRUE(confid->dialog().Text7.text.empty());  // stopped, not finished
+}
+
 // Not a check: pictures of the three dialogs for a look at the layout, when asked for.
 TEST_F(SimulationDialogsTest, PicturesOfTheDialogsWhenAskedFor) {
   const QString dir = qEnvironmentVariable("VARNOTH_UI_SHOTS");
@@ -380,6 +449,9 @@ TEST_F(SimulationDialogsTest, PicturesOfTheDialogsWhenAskedFor) {
   shot("confid", d);
   confid().dialog().seed = 1;
   in<QLineEdit>(d, "Text4")->setText(QStringLiteral("500"));
+  platform.on_yield = [&](int n) {
+    if (n == 600) shot("confid_running", d);
+  };
   click(d, "Command1");
   in<QLineEdit>(d, "Text9")->setText(QStringLiteral("0.05"));
   click(d, "Command10");
@@ -394,7 +466,12 @@ TEST_F(SimulationDialogsTest, PicturesOfTheDialogsWhenAskedFor) {
   kska().dialog().seed = 1;
   in<QLineEdit>(d, "Text7")->setText(QStringLiteral("500"));
   in<QCheckBox>(d, "Check4")->click();
+  platform.yields = 0;
+  platform.on_yield = [&](int n) {
+    if (n == 50) shot("kska_running", d);
+  };
   click(d, "Command1");
+  platform.on_yield = nullptr;
   in<QLineEdit>(d, "Text14")->setText(QStringLiteral("0.1"));
   click(d, "Command10");
   shot("kska_results", d);
