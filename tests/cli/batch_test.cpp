@@ -8,6 +8,7 @@
 
 #include "cli/commands.h"
 #include "cli/progress.h"
+#include "support/cli_runner.h"
 #include "support/paths.h"
 
 namespace {
@@ -18,19 +19,8 @@ using varnoth::testing::scratch_dir;
 using varnoth::testing::source_path;
 using varnoth::testing::write_file;
 
-struct Result {
-  int code;
-  std::string out, err;
-};
-
-Result cli(std::vector<std::string> args) {
-  args.insert(args.begin(), "varnoth");
-  std::vector<char*> argv;
-  for (auto& a : args) argv.push_back(a.data());
-  std::ostringstream o, e;
-  const int rc = varnoth::cli::run(static_cast<int>(argv.size()), argv.data(), o, e);
-  return {rc, o.str(), e.str()};
-}
+using Result = varnoth::testing::CliResult;
+Result cli(std::vector<std::string> args) { return varnoth::testing::run_cli(std::move(args)); }
 
 // The lines of a text, without those that start with any of `skipped`.
 std::string without_lines(const std::string& text, std::vector<std::string> skipped) {

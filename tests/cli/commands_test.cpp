@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "cli/commands.h"
+#include "support/cli_runner.h"
 #include "support/paths.h"
 
 namespace {
@@ -15,19 +16,8 @@ using varnoth::testing::read_file;
 using varnoth::testing::scratch_dir;
 using varnoth::testing::source_path;
 
-struct Result {
-  int code;
-  std::string out, err;
-};
-
-Result cli(std::vector<std::string> args) {
-  args.insert(args.begin(), "varnoth");
-  std::vector<char*> argv;
-  for (auto& a : args) argv.push_back(a.data());
-  std::ostringstream o, e;
-  int rc = varnoth::cli::run(static_cast<int>(argv.size()), argv.data(), o, e);
-  return {rc, o.str(), e.str()};
-}
+using Result = varnoth::testing::CliResult;
+Result cli(std::vector<std::string> args) { return varnoth::testing::run_cli(std::move(args)); }
 
 TEST(Info, EveryExampleFormat) {
   const std::pair<const char*, const char*> formats[] = {
