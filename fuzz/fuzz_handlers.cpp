@@ -63,8 +63,9 @@ void check_state(const AnalysisRecord& rec) {
     check(first > 0 && first < last && last <= rec.seq.SeqLength, "a region outside the sequence",
           r.RegionFirst + " - " + r.RegionLast);
   }
-  if (r.WindowMode == 1)
-    check(std::isfinite(r.WindowSize) && r.WindowSize > 10, "a window size below the minimum");
+  // The run reads the window boxes again, which may have been edited since
+  // their Accept: only finiteness holds of the size it keeps.
+  check(std::isfinite(r.WindowSize) && std::isfinite(r.WindowStep), "a window that is not finite");
 }
 
 std::string scratch_path() {
@@ -130,9 +131,10 @@ int one_input(const std::uint8_t* data, std::size_t size) {
       case 8:
         if (reachable(m, "Weighted")) click_weighted(rec);
         break;
-      case 9:
+      case 9:  // boxes take typing only while their page is shown
+        if (!f.SSTab5.visible) break;
         f.Text4.text = std::string(in.line());
-        if (f.SSTab5.visible) accept_weight(rec, platform);
+        if (in.flag()) accept_weight(rec, platform);
         break;
       case 10:
         if (f.SSTab5.visible) cancel_weight(rec);
@@ -141,9 +143,10 @@ int one_input(const std::uint8_t* data, std::size_t size) {
         if (reachable(m, "Sliding_Window")) open_sliding_windows(rec);
         break;
       case 12:
+        if (!f.SSTab4.visible) break;
         f.TextWinSize.text = std::string(in.line());
         f.TextMovement.text = std::string(in.line());
-        if (f.SSTab4.visible) accept_sliding_windows(rec, platform);
+        if (in.flag()) accept_sliding_windows(rec, platform);
         break;
       case 13:
         if (f.SSTab4.visible) whole_sliding_windows(rec);
@@ -155,9 +158,10 @@ int one_input(const std::uint8_t* data, std::size_t size) {
         if (reachable(m, "Region_analysis")) open_region_dialog(rec);
         break;
       case 16:
+        if (!rec.region_dialog.region.visible) break;
         rec.region_dialog.Text1.text = std::string(in.line());
         rec.region_dialog.Text2.text = std::string(in.line());
-        if (rec.region_dialog.region.visible) accept_region(rec, platform);
+        if (in.flag()) accept_region(rec, platform);
         break;
       case 17: {
         if (!rec.region_dialog.region.visible) break;

@@ -123,17 +123,23 @@ def run_seeds():
 
 
 def handler_seeds():
+    # Each typed line is followed by a byte whose low bit says whether the
+    # entry is accepted.
     scripts = {
         "run-matrix": [18, 19, 20, 0, 0, 1, 1],
         "noncoding-all-matrix": [1, 3, 18, 19, 20, 2, 0, 1, 1],
-        "region": [15, 16] + list(b"10\n40\n") + [18, 17, 1, 18],
-        "windows": [11, 12] + list(b"30\n9\n") + [18, 13, 18],
-        "weight": [8, 9] + list(b"0.3\n") + [18, 7, 8, 9] + list(b"0,75\n") + [18],
+        "region": [15, 16] + list(b"10\n40\n") + [1, 18, 17, 1, 18],
+        "windows": [11, 12] + list(b"30\n9\n") + [1, 18, 13, 18],
+        "weight": [8, 9] + list(b"0.3\n") + [1, 18, 7, 8, 9] + list(b"0,75\n") + [1, 18],
         "options": [2, 0, 4, 1, 5, 0, 18, 6, 4, 2, 18, 1, 2, 3, 2, 5, 18, 0, 21],
-        "bad-entries": [8, 9] + list(b"1.5\n") + [11, 12] + list(b"5\n1\n") + [15, 16]
-        + list(b"0\n9999\n") + [17, 0, 18],
-        "huge-entries": [8, 9] + list(b"1e39\n") + [8, 9] + list(b"-1e300\n") + [11, 12]
-        + list(b"1e300\n1e300\n") + [15, 16] + list(b"1e-300\n1e300\n") + [18, 21],
+        "bad-entries": [8, 9] + list(b"1.5\n") + [1, 11, 12] + list(b"5\n1\n") + [1, 15, 16]
+        + list(b"0\n9999\n") + [1, 17, 0, 18],
+        "huge-entries": [8, 9] + list(b"1e39\n") + [1, 8, 9] + list(b"-1e300\n") + [1, 11, 12]
+        + list(b"1e300\n1e300\n") + [1, 15, 16] + list(b"1e-300\n1e300\n") + [1, 18, 21],
+        # Accepted windows, then the boxes edited and the page cancelled: the
+        # run reads the boxes.
+        "edited-window-boxes": [11, 12] + list(b"30\n9\n") + [1, 11, 12] + list(b"5\n1\n")
+        + [0, 14, 18],
     }
     for kind, align in alignments():
         for name, script in scripts.items():

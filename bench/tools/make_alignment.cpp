@@ -71,7 +71,7 @@ int main(int argc, char** argv) {
   for (long s = 0; s < sequences; ++s) {
     std::string seq = clades[static_cast<std::size_t>(s % 8)];
     mutate(seq, rate / 2, rng);
-    char name[16];
+    char name[32];
     std::snprintf(name, sizeof name, "S%05ld", s + 1);
     std::fprintf(phy, "%-10s%s\n", name, seq.c_str());
     std::fprintf(fasta, ">%s\n%s\n", name, seq.c_str());

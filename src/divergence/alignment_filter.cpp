@@ -1,7 +1,9 @@
 #include "divergence/alignment_filter.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
+#include <utility>
 
 #include "divergence/genetic_code.h"
 
@@ -9,7 +11,7 @@ namespace varnoth::divergence {
 
 namespace {
 
-bool valid_letter(char c) {
+constexpr bool valid_letter(char c) {
   switch (c) {
     case 'A': case 'G': case 'C': case 'T':
     case 'a': case 'g': case 'c': case 't':
@@ -19,7 +21,22 @@ bool valid_letter(char c) {
   }
 }
 
-char upper(char c) { return (c >= 'a' && c <= 'z') ? static_cast<char>(c - 32) : c; }
+constexpr char upper(char c) { return (c >= 'a' && c <= 'z') ? static_cast<char>(c - 32) : c; }
+
+// Whether a letter is A, C, G or T in either case, and its index in a codon.
+struct Letter {
+  std::uint8_t valid = 0;
+  std::uint8_t index = 0;
+};
+constexpr std::array<Letter, 256> kLetter = [] {
+  std::array<Letter, 256> t{};
+  for (int c = 0; c < 256; ++c) {
+    const int i = nucleotide_index(upper(static_cast<char>(c)));
+    if (valid_letter(static_cast<char>(c)) && i >= 0)
+      t[static_cast<std::size_t>(c)] = {1, static_cast<std::uint8_t>(i)};
+  }
+  return t;
+}();
 
 // The stop codons the filter drops at the end of the alignment; the list is the
 // filter's own and not the translation table's.
@@ -65,40 +82,62 @@ void filter_alignment(const SequenceData& seq, long sequences, const FilterRange
   const long last_cell = static_cast<long>(seq.CodonCellCount);
   const long first = std::max(1L, range.first_codon);
   const long last = std::min(range.last_codon, cells);
+  const auto columns = static_cast<std::size_t>(std::max(0L, last - first + 1));
 
-  for (long c = first; c <= last; ++c) {
-    const auto ci = static_cast<std::size_t>(c - 1);
-    bool position_ok[3] = {true, true, true};
-    for (std::size_t s = 0; s < n; ++s) {
-      const auto& row = seq.SeqCodons[s];
+  // Bit p of a column: position p holds A, C, G or T in every sequence. A row
+  // too short for the column leaves the whole column out.
+  std::vector<std::uint8_t> good(columns, 7);
+  for (std::size_t s = 0; s < n; ++s) {
+    const auto& row = seq.SeqCodons[s];
+    for (std::size_t k = 0; k < columns; ++k) {
+      const auto ci = static_cast<std::size_t>(first - 1) + k;
       if (ci >= row.size()) {
-        position_ok[0] = position_ok[1] = position_ok[2] = false;
-        break;
+        good[k] = 0;
+        continue;
       }
-      for (int p = 0; p < 3; ++p)
-        if (!valid_letter(row[ci][p])) position_ok[p] = false;
+      const CodonCell& cell = row[ci];
+      good[k] &= static_cast<std::uint8_t>(kLetter[static_cast<unsigned char>(cell[0])].valid |
+                                         kLetter[static_cast<unsigned char>(cell[1])].valid << 1 |
+                                         kLetter[static_cast<unsigned char>(cell[2])].valid << 2);
     }
-    const bool codon_ok = position_ok[0] && position_ok[1] && position_ok[2];
+  }
+  // The columns kept, in order: codons, and sites position by position.
+  std::vector<std::size_t> kept_codons;
+  std::vector<std::pair<std::size_t, int>> kept_sites;
+  for (std::size_t k = 0; k < columns; ++k) {
+    const long c = first + static_cast<long>(k);
+    const auto ci = static_cast<std::size_t>(c - 1);
     bool dropped = false;
-    if (codon_ok && coding && c == last_cell) {
+    if (good[k] == 7 && coding && c == last_cell) {
       for (std::size_t s = 0; s < n && !dropped; ++s)
         dropped = terminal_stop(seq.SeqCodons[s][ci], code);
     }
-    if (codon_ok && !dropped) {
-      for (std::size_t s = 0; s < n; ++s) {
-        const auto& cell = seq.SeqCodons[s][ci];
-        const CodonCell up = {upper(cell[0]), upper(cell[1]), upper(cell[2])};
-        out.codons[s].push_back(static_cast<std::uint8_t>(encode_codon(up)));
-      }
+    if (good[k] == 7 && !dropped) {
+      kept_codons.push_back(ci);
       out.codon_cells.push_back(c);
     }
     if (!range.rebuild_sites) {
       for (int p = 0; p < 3; ++p) {
-        if (!position_ok[p]) continue;
-        for (std::size_t s = 0; s < n; ++s) out.sites[s].push_back(upper(seq.SeqCodons[s][ci][p]));
+        if ((good[k] >> p & 1) == 0) continue;
+        kept_sites.emplace_back(ci, p);
         out.site_cells.push_back(c);
       }
     }
+  }
+  for (std::size_t s = 0; s < n; ++s) {
+    const auto& row = seq.SeqCodons[s];
+    auto& codons = out.codons[s];
+    codons.resize(kept_codons.size());
+    for (std::size_t k = 0; k < kept_codons.size(); ++k) {
+      const CodonCell& cell = row[kept_codons[k]];
+      codons[k] = static_cast<std::uint8_t>(16 * kLetter[static_cast<unsigned char>(cell[0])].index +
+                                            4 * kLetter[static_cast<unsigned char>(cell[1])].index +
+                                            kLetter[static_cast<unsigned char>(cell[2])].index);
+    }
+    auto& sites = out.sites[s];
+    sites.resize(kept_sites.size());
+    for (std::size_t k = 0; k < kept_sites.size(); ++k)
+      sites[k] = upper(row[kept_sites[k].first][static_cast<std::size_t>(kept_sites[k].second)]);
   }
 
   if (range.rebuild_sites) {

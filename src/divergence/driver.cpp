@@ -1,10 +1,9 @@
 #include "divergence/driver.h"
 
-#include <cmath>
-#include <cstdint>
 #include <atomic>
 #include <bit>
-#include <cstring>
+#include <cmath>
+#include <cstdint>
 #include <memory>
 #include <span>
 #include <string>
@@ -13,6 +12,7 @@
 #include "divergence/alignment_filter.h"
 #include "divergence/codon_changes.h"
 #include "divergence/coding_estimators.h"
+#include "divergence/differences.h"
 #include "divergence/genetic_code.h"
 #include "divergence/noncoding_estimators.h"
 #include "divergence/parallel.h"
@@ -27,7 +27,7 @@ namespace varnoth::divergence {
 namespace {
 
 constexpr const char* kSequenceFileTitle = "    SEQUENCE FILE    ";
-constexpr std::size_t kBlock = 2048;  // comparisons (or windows) computed at a time
+constexpr std::size_t kBlock = 512;  // comparisons (or windows) computed at a time
 
 enum class Selection { All, MaxOneChange, OnlyAaChange, No3Diff };
 
@@ -46,12 +46,22 @@ struct ItemResult {
   ChangeAccountingResult changes;
   SiteClassResult classes;
   CodingResult coding;
+
+  // Left by the ordered pass for the writing of the item's text.
+  bool written = false;  // the item's own lines are to be written
+  long number = 0;       // comparison number as the report gives it
+  CodingEstimates coding_values;
+  NoncodingEstimates noncoding_values;
+  NoncodingNotApplicable noncoding_na;
+  // The item's text of the report and of the window table: what the ordered
+  // pass writes before the item (the positions block, the window names), then
+  // the item's lines.
+  std::string report, table;
 };
 
 struct Scratch {
   std::vector<Codon> codons1, codons2;
   std::vector<float> syn, nonsyn;
-  std::vector<ChangedCodon> changed;
 };
 
 struct PairSettings {
@@ -73,7 +83,10 @@ using BaseCounts = std::array<std::int64_t, 4>;  // A, G, C, T as NucleotidePair
 struct SequenceTables {
   std::vector<std::vector<CodingSummary>> coding;  // [range][sequence]
   std::vector<std::vector<BaseCounts>> bases;      // [range][sequence]
-  std::unique_ptr<CodonPairTable> pairs;
+  // [sequence]: the sites two bits each, 32 to a word, numbered as the bases
+  // of NucleotidePairTable.
+  std::vector<std::vector<std::uint64_t>> packed_sites;
+  std::unique_ptr<PairPlacingTable> pairs;
 
   static std::size_t range_of(const Item& item) {
     return item.window.index > 0 ? static_cast<std::size_t>(item.window.index - 1) : 0;
@@ -83,28 +96,6 @@ struct SequenceTables {
 // Beyond this many range-and-sequence entries a window run computes every
 // pair on its own rather than hold the tables.
 constexpr std::size_t kMaxTableEntries = std::size_t{1} << 19;
-
-// Calls fn(i) for every index i below `count` where a[i] != b[i], in order. Eight
-// letters are compared at a time: most columns of real alignments agree.
-template <typename Fn>
-inline bool for_each_difference(const std::uint8_t* a, const std::uint8_t* b, std::size_t count,
-                                Fn&& fn) {
-  std::size_t i = 0;
-  for (; std::endian::native == std::endian::little && i + 8 <= count; i += 8) {
-    std::uint64_t x, y;
-    std::memcpy(&x, a + i, 8);
-    std::memcpy(&y, b + i, 8);
-    std::uint64_t d = x ^ y;
-    while (d != 0) {
-      const std::size_t k = i + static_cast<std::size_t>(std::countr_zero(d)) / 8;
-      if (!fn(k)) return false;
-      d &= ~(std::uint64_t{0xFF} << (8 * (k - i)));
-    }
-  }
-  for (; i < count; ++i)
-    if (a[i] != b[i] && !fn(i)) return false;
-  return true;
-}
 
 int differences(int x, int y) {
   int d = 0;
@@ -134,17 +125,25 @@ void compute_noncoding(const FilteredAlignment& f, const SequenceTables& tables,
   // and each base's sites that agree are its count in sequence A less those.
   const auto& ranges = tables.bases[SequenceTables::range_of(item)];
   const BaseCounts& counts1 = ranges[static_cast<std::size_t>(item.a - 1)];
+  const std::uint64_t* p1 = tables.packed_sites[static_cast<std::size_t>(item.a - 1)].data();
+  const std::uint64_t* p2 = tables.packed_sites[static_cast<std::size_t>(item.b - 1)].data();
   NucleotidePairTable table;
-  const auto* a = reinterpret_cast<const std::uint8_t*>(s1.data() + begin);
-  const auto* b = reinterpret_cast<const std::uint8_t*>(s2.data() + begin);
-  for_each_difference(a, b, end - begin, [&](std::size_t k) {
-    ++table.cells[4 * base_number(a[k]) + base_number(b[k])];
-    return true;
-  });
+  constexpr std::uint64_t kLow = 0x5555555555555555ULL;  // the low bit of every site
+  for (std::size_t word = begin / 32; word <= (end - 1) / 32; ++word) {
+    const std::uint64_t x = p1[word] ^ p2[word];
+    std::uint64_t differ = (x | x >> 1) & kLow;
+    if (word == begin / 32) differ &= kLow << (2 * (begin % 32));
+    if (word == (end - 1) / 32 && end % 32 != 0) differ &= kLow >> (64 - 2 * (end % 32));
+    while (differ != 0) {
+      const int bit = std::countr_zero(differ);
+      differ &= differ - 1;
+      ++table.cells[4 * ((p1[word] >> bit) & 3) + ((p2[word] >> bit) & 3)];
+    }
+  }
   for (int x = 0; x < 4; ++x) {
-    std::int64_t agree = counts1[x];
-    for (int y = 0; y < 4; ++y) agree -= table.cells[4 * x + y];
-    table.cells[5 * x] = agree;
+    std::int64_t agree = counts1[static_cast<std::size_t>(x)];
+    for (int y = 0; y < 4; ++y) agree -= table.cells[static_cast<std::size_t>(4 * x + y)];
+    table.cells[static_cast<std::size_t>(5 * x)] = agree;
   }
   out.noncoding = estimate_noncoding(table);
 }
@@ -154,8 +153,7 @@ void compute_noncoding(const FilteredAlignment& f, const SequenceTables& tables,
 // that differ are walked. The plain walk gives such codons nothing and places
 // nothing for them, so the sums are the same, added in the same order.
 bool compute_coding_from_tables(const FilteredAlignment& f, const SequenceTables& tables,
-                                const Item& item, const PairSettings& settings, Scratch& scratch,
-                                ItemResult& out) {
+                                const Item& item, ItemResult& out) {
   const auto& ranges = tables.coding[SequenceTables::range_of(item)];
   const CodingSummary& seq1 = ranges[static_cast<std::size_t>(item.a - 1)];
   const CodingSummary& seq2 = ranges[static_cast<std::size_t>(item.b - 1)];
@@ -168,31 +166,16 @@ bool compute_coding_from_tables(const FilteredAlignment& f, const SequenceTables
     out.kind = ItemResult::Kind::Empty;
     return true;
   }
-  scratch.changed.clear();
-  const CodonPairTable& pairs = *tables.pairs;
   ChangeAccountingResult& changes = out.changes;
-  changes = {};
-  const bool complete = for_each_difference(c1, c2, end - begin, [&](std::size_t i) {
-    const CodonPairShares& shares = pairs(c1[i], c2[i]);
-    if (shares.status != ChangeStatus::Complete) {
-      changes.status = shares.status;
-      changes.StopCodonFlag = shares.status == ChangeStatus::StopCodon;
-      changes.codon_number = static_cast<long>(i) + 1;
-      changes.codon1 = c1[i];
-      changes.codon2 = c2[i];
-      return false;
-    }
-    scratch.changed.push_back({c1[i], c2[i], &shares});
-    return true;
-  });
-  if (!complete) {
+  out.classes = place_differing_codons(seq1.sites, seq2.sites, {c1, end - begin},
+                                       {c2, end - begin}, *tables.pairs, changes);
+  if (changes.status != ChangeStatus::Complete) {
     out.kind = changes.status == ChangeStatus::StopCodon ? ItemResult::Kind::StopCodon
                                                          : ItemResult::Kind::NoPathway;
     return true;
   }
   const long gc = seq1.third_gc + seq2.third_gc;
   changes.PairGCContent = static_cast<float>(static_cast<double>(gc) / (2.0 * out.count));
-  out.classes = place_changed_codons(seq1.sites, seq2.sites, scratch.changed, settings.code);
   CodingClassSums sums;
   sums.sites = out.classes.Sites;
   sums.obs_ts = out.classes.ObsTS;
@@ -205,7 +188,7 @@ bool compute_coding_from_tables(const FilteredAlignment& f, const SequenceTables
 void compute_coding(const FilteredAlignment& f, const SequenceTables& tables, const Item& item,
                     const PairSettings& settings, Scratch& scratch, ItemResult& out) {
   if (settings.selection == Selection::All && !tables.coding.empty() &&
-      compute_coding_from_tables(f, tables, item, settings, scratch, out))
+      compute_coding_from_tables(f, tables, item, out))
     return;
   const auto& all1 = f.codons[static_cast<std::size_t>(item.a - 1)];
   const auto& all2 = f.codons[static_cast<std::size_t>(item.b - 1)];
@@ -288,11 +271,18 @@ class Run {
   void build_tables();
   void failure(const std::string& message);
   void progress(long n, long window);
-  bool write(const Item& item, const ItemResult& result);
-  void write_noncoding(const Item& item, long n, const ItemResult& result);
-  void write_coding(const Item& item, long n, const ItemResult& result);
+  enum class Settled { Written, End, Failure };
+  struct Block;
+  void gather(Block& block);
+  Settled settle_block(Block& block);
+  Settled settle(const Item& item, ItemResult& result);
+  void settle_noncoding(long n, ItemResult& result);
+  void settle_coding(const Item& item, long n, ItemResult& result);
+  void write_item(const Item& item, ItemResult& result) const;
+  void append_texts(const std::vector<ItemResult>& results, std::size_t count);
   void hand_on_pair(const Item& item, long n, const ItemResult& result);
   void after_item();
+  void write_last_pair_line();
   void flush(bool last);
   void finish();
 
@@ -323,9 +313,32 @@ class Run {
   double region_first_ = 1, region_last_ = 0;
   // Report length handed to the sink so far, and what Text3 holds of it.
   std::size_t report_flushed_ = 0;
+  std::string failure_message_;
+  std::string pair_count_text_;  // " of" & PairCount, for the progress text
+  // The last pair of a Kimura run, for LastPairLine, written when the run ends.
+  struct LastPair {
+    bool set = false;
+    long a = 0, b = 0;
+    double ks = 0, ka = 0;
+  } last_pair_;
 };
 
+// The one-line summary of the last pair of a Kimura run: sequence numbers in
+// columns 1-4 and 6-9, Ks in 10-18, Ka in 20-27.
+void Run::write_last_pair_line() {
+  if (!last_pair_.set) return;
+  std::string& last = rec_.results.LastPairLine;
+  last.clear();
+  text::append_right_aligned(last, last_pair_.a, 4);
+  last += ' ';
+  text::append_right_aligned(last, last_pair_.b, 4);
+  text::append_cell(last, last_pair_.ks, "##0.00000", 9);
+  last += ' ';
+  text::append_cell(last, last_pair_.ka, "#0.00000", 8);
+}
+
 void Run::failure(const std::string& message) {
+  write_last_pair_line();
   rec_.results.StopCodonFlag = 0;
   platform_.beep();
   platform_.busy(false);
@@ -337,13 +350,16 @@ void Run::failure(const std::string& message) {
 }
 
 void Run::progress(long n, long window) {
+  if (pair_count_text_.empty()) {
+    pair_count_text_ = " of";
+    text::append_plain(pair_count_text_, rec_.seq.PairCount);
+  }
   std::string& t = rec_.form.Text33.text;
   t.clear();
   if (window_) {
     t += " Comp#";
     text::append_plain(t, n);
-    t += " of";
-    text::append_plain(t, rec_.seq.PairCount);
+    t += pair_count_text_;
     t += " w#";
     text::append_plain(t, window);
   } else {
@@ -355,7 +371,7 @@ void Run::progress(long n, long window) {
       t += prefix;
       text::append_plain(t, n);
       t += "  of ";
-      text::append_plain(t, rec_.seq.PairCount);
+      t.append(pair_count_text_, 3);
     }
   }
   platform_.yield();
@@ -394,12 +410,13 @@ void Run::build_tables() {
   if (ranges.size() * n > kMaxTableEntries) return;
   if (coding_) {
     if (pair_.selection != Selection::All) return;
-    tables_.pairs = std::make_unique<CodonPairTable>(pair_.code, pair_.weight);
+    tables_.pairs = std::make_unique<PairPlacingTable>(pair_.code, pair_.weight);
     tables_.coding.assign(ranges.size(), std::vector<CodingSummary>(n));
   } else {
     tables_.bases.assign(ranges.size(), std::vector<BaseCounts>(n));
   }
   std::atomic<bool> other_letter{false};
+  if (!coding_) tables_.packed_sites.assign(n, {});
   parallel_.for_each(n, [&](std::size_t q, int) {
     for (std::size_t r = 0; r < ranges.size(); ++r) {
       const ColumnRange& c = ranges[r];
@@ -418,8 +435,20 @@ void Run::build_tables() {
         }
       }
     }
+    if (!coding_) {
+      const std::string& sites = filtered_.sites[q];
+      auto& packed = tables_.packed_sites[q];
+      packed.assign(sites.size() / 32 + 1, 0);
+      for (std::size_t k = 0; k < sites.size(); ++k)
+        packed[k / 32] |= static_cast<std::uint64_t>(
+                              base_number(static_cast<unsigned char>(sites[k])) & 3)
+                          << (2 * (k % 32));
+    }
   });
-  if (other_letter) tables_.bases.clear();
+  if (other_letter) {
+    tables_.bases.clear();
+    tables_.packed_sites.clear();
+  }
 }
 
 // The next comparison (or window) in run order; false when the walk is over.
@@ -463,11 +492,12 @@ bool Run::prepare() {
   m.Confidence_Intervals_menu.enabled = true;
   if (seq.PairCount < 3) f.MatrixBoton.visible = false;
   const auto rows = static_cast<std::size_t>(std::max(0.0, std::floor(seq.PairCount))) + 1;
-  res.ComparisonStore.assign(rows, {});
+  // The stores take most of a large run's memory.
+  assign_large(res.ComparisonStore, rows, ComparisonRow{});
   res.StopCodonFlag = 0;
   coding_ = m.Coding.checked;
   window_ = region.WindowMode == 1;
-  res.PairStore.assign(coding_ ? rows : 2, PairStoreRow{});
+  assign_large(res.PairStore, coding_ ? rows : 2, PairStoreRow{});
   seq.SeqCount = seq.SeqCountCopy;
   f.Boto1.visible = true;
   f.Boto2.visible = true;
@@ -542,21 +572,15 @@ bool Run::prepare() {
   return true;
 }
 
-void Run::write_noncoding(const Item& item, long n, const ItemResult& r) {
+void Run::settle_noncoding(long n, ItemResult& r) {
   RunResults& res = rec_.results;
-  const reports::WindowPlace* w = window_ ? &item.window : nullptr;
-  reports::ComparisonPlace place{n, rec_.seq.SeqNames[static_cast<std::size_t>(item.a - 1)],
-                                 rec_.seq.SeqNames[static_cast<std::size_t>(item.b - 1)], w};
-  if (r.kind == ItemResult::Kind::Empty) {
-    reports::append_noncoding_empty(res.ReportText, run_, place, r.count);
-    return;
-  }
   const NoncodingEstimates e = apply_carry(noncoding_carry_, r.noncoding);
   noncoding_carry_ = carry_of(e);
   last_noncoding_ = e;
   have_noncoding_ = true;
   const NoncodingNotApplicable na = not_applicable(e);
-  reports::append_noncoding_comparison(res.ReportText, run_, place, r.count, e, na);
+  r.noncoding_values = e;
+  r.noncoding_na = na;
   ComparisonRow& row = res.ComparisonStore[static_cast<std::size_t>(n)];
   row[1] = {e.k_jukes_cantor, na.jukes_cantor};
   row[2] = {e.k_kimura, na.kimura};
@@ -567,21 +591,13 @@ void Run::write_noncoding(const Item& item, long n, const ItemResult& r) {
   row[7] = {e.k_tajima_2p, na.tajima_2p};
   row[8] = {e.k_tajima_4p, na.tajima_4p};
   row[9] = {e.obs_p + e.obs_q, false};
-  if (w != nullptr) reports::append_noncoding_window_row(res.WindowDataText, run_, *w, e, na);
 }
 
-void Run::write_coding(const Item& item, long n, const ItemResult& r) {
+void Run::settle_coding(const Item& item, long n, ItemResult& r) {
   RunResults& res = rec_.results;
-  const reports::WindowPlace* w = window_ ? &item.window : nullptr;
-  reports::ComparisonPlace place{n, rec_.seq.SeqNames[static_cast<std::size_t>(item.a - 1)],
-                                 rec_.seq.SeqNames[static_cast<std::size_t>(item.b - 1)], w};
-  if (r.kind == ItemResult::Kind::Empty) {
-    reports::append_coding_empty(res.ReportText, run_, place, r.count);
-    return;
-  }
   const CodingEstimates e = apply_carry(coding_carry_, r.coding);
   coding_carry_ = carry_of(e);
-  reports::append_coding_comparison(res.ReportText, run_, place, r.count, r.classes, e);
+  r.coding_values = e;
 
   const bool jc = run_.jukes_cantor_run;
   const CodingHandedOn h = jc ? handed_on_jukes_cantor(e) : handed_on_kimura(e);
@@ -599,16 +615,7 @@ void Run::write_coding(const Item& item, long n, const ItemResult& r) {
     row[6] = {e.bs, ks_k};
     row[7] = {e.aa, ka_k};
     row[8] = {e.ba, ka_k};
-    // The one-line summary of the last pair of a Kimura run: sequence numbers
-    // in columns 1-4 and 6-9, Ks in 10-18, Ka in 20-27.
-    std::string& last = res.LastPairLine;
-    last.clear();
-    text::append_right_aligned(last, item.a, 4);
-    last += ' ';
-    text::append_right_aligned(last, item.b, 4);
-    text::append_cell(last, h.ks, "##0.00000", 9);
-    last += ' ';
-    text::append_cell(last, h.ka, "#0.00000", 8);
+    last_pair_ = {true, item.a, item.b, h.ks, h.ka};
   }
   const SiteClassResult& c = r.classes;
   const float syn_sites = c.Sites[1] + c.Sites[2] + c.Sites[3];
@@ -622,7 +629,29 @@ void Run::write_coding(const Item& item, long n, const ItemResult& r) {
                                                 h.bs,      h.aa,
                                                 h.ba,      e.ses,
                                                 e.nes,     r.changes.PairGCContent};
-  if (w != nullptr) reports::append_coding_window_row(res.WindowDataText, run_, *w, e);
+}
+
+// The item's own lines of the report and of the window table, from what the
+// ordered pass left: items are written apart, on any thread.
+void Run::write_item(const Item& item, ItemResult& r) const {
+  if (!r.written) return;
+  const reports::WindowPlace* w = window_ ? &item.window : nullptr;
+  reports::ComparisonPlace place{r.number, rec_.seq.SeqNames[static_cast<std::size_t>(item.a - 1)],
+                                 rec_.seq.SeqNames[static_cast<std::size_t>(item.b - 1)], w};
+  if (r.kind == ItemResult::Kind::Empty) {
+    if (coding_) reports::append_coding_empty(r.report, run_, place, r.count);
+    else reports::append_noncoding_empty(r.report, run_, place, r.count);
+    return;
+  }
+  if (coding_) {
+    reports::append_coding_comparison(r.report, run_, place, r.count, r.classes, r.coding_values);
+    if (w != nullptr) reports::append_coding_window_row(r.table, run_, *w, r.coding_values);
+  } else {
+    reports::append_noncoding_comparison(r.report, run_, place, r.count, r.noncoding_values,
+                                         r.noncoding_na);
+    if (w != nullptr)
+      reports::append_noncoding_window_row(r.table, run_, *w, r.noncoding_values, r.noncoding_na);
+  }
 }
 
 // Hands the values of the item just written to the pair sink; S.E.S., N.E.S.
@@ -656,27 +685,30 @@ void Run::hand_on_pair(const Item& item, long n, const ItemResult& r) {
 void Run::after_item() {
   std::string& text3 = rec_.form.Text3.text;
   if (text3.size() >= 60000) return;
+  // Text3 holds the report up to some point; what came after it is added.
   const std::string& pending = rec_.results.ReportText;
-  text3.resize(report_flushed_);
-  text3 += pending;
+  text3.append(pending, text3.size() - report_flushed_);
 }
 
-bool Run::write(const Item& item, const ItemResult& r) {
+Run::Settled Run::settle(const Item& item, ItemResult& r) {
   SequenceData& seq = rec_.seq;
-  if (ended_ && (item.a != ended_a_ || item.b != ended_b_)) return false;
+  r.written = false;
+  r.report.clear();
+  r.table.clear();
+  if (ended_ && (item.a != ended_a_ || item.b != ended_b_)) return Settled::End;
   const long n = ended_ ? static_cast<long>(std::floor(seq.PairCount)) : item.n;
   if (item.b > sequences_ || item.a > sequences_) {
     // A fractional count of sequences (an LWL file whose lines do not divide
     // into records) walks past the sequences read.
-    failure(" The file holds fewer sequences than its count !!");
-    return false;
+    failure_message_ = " The file holds fewer sequences than its count !!";
+    return Settled::Failure;
   }
   seq.CleanCodonTotal = static_cast<long>(item.columns.codon_end - item.columns.codon_begin);
   seq.NucleotideCount = static_cast<long>(item.columns.site_end - item.columns.site_begin);
   if (!positions_written_) {
     const long analyzed = coding_ ? 3 * seq.CleanCodonTotal : seq.NucleotideCount;
-    reports::append_positions_block(rec_.results.ReportText, run_, seq_length_, region_first_,
-                                    region_last_, rec_.region.RegionText, analyzed);
+    reports::append_positions_block(r.report, run_, seq_length_, region_first_, region_last_,
+                                    rec_.region.RegionText, analyzed);
     positions_written_ = true;
   }
   if (window_) {
@@ -684,18 +716,18 @@ bool Run::write(const Item& item, const ItemResult& r) {
     region_last_ = item.window.last;
     rec_.region.WindowIndex = static_cast<double>(item.window.index);
     if (item.window.index == 1 && seq.PairCount > 1)
-      reports::append_window_names(rec_.results.WindowDataText,
-                                   seq.SeqNames[static_cast<std::size_t>(item.a - 1)],
+      reports::append_window_names(r.table, seq.SeqNames[static_cast<std::size_t>(item.a - 1)],
                                    seq.SeqNames[static_cast<std::size_t>(item.b - 1)]);
   }
   progress(n, item.window.index);
   switch (r.kind) {
     case ItemResult::Kind::StopCodon:
-      failure(" There are STOP Codons !!");
-      return false;
+      failure_message_ = " There are STOP Codons !!";
+      return Settled::Failure;
     case ItemResult::Kind::NoPathway: {
       const CodonCell c1 = decode_codon(r.changes.codon1), c2 = decode_codon(r.changes.codon2);
-      std::string message = " No pathway between codons ";
+      std::string& message = failure_message_;
+      message = " No pathway between codons ";
       message.append(c1.data(), 3);
       message += " and ";
       message.append(c2.data(), 3);
@@ -706,8 +738,7 @@ bool Run::write(const Item& item, const ItemResult& r) {
       message += " / ";
       message += seq.SeqNames[static_cast<std::size_t>(item.b - 1)];
       message += ") !!";
-      failure(message);
-      return false;
+      return Settled::Failure;
     }
     case ItemResult::Kind::Empty:
       if (!ended_) {
@@ -715,19 +746,32 @@ bool Run::write(const Item& item, const ItemResult& r) {
         ended_a_ = item.a;
         ended_b_ = item.b;
       }
-      [[fallthrough]];
+      if (coding_) seq.CodonCount = r.count;
+      break;
     case ItemResult::Kind::Done:
       if (coding_) {
         seq.CodonCount = r.count;
-        write_coding(item, n, r);
+        settle_coding(item, n, r);
       } else {
-        write_noncoding(item, n, r);
+        settle_noncoding(n, r);
       }
-      if (settings_.pair_sink) hand_on_pair(item, n, r);
       break;
   }
-  after_item();
-  return true;
+  r.written = true;
+  r.number = n;
+  if (settings_.pair_sink) hand_on_pair(item, n, r);
+  return Settled::Written;
+}
+
+// Appends the texts of settled items to the report and the window table, in
+// order; Text3 follows each item that was written.
+void Run::append_texts(const std::vector<ItemResult>& results, std::size_t count) {
+  RunResults& res = rec_.results;
+  for (std::size_t i = 0; i < count; ++i) {
+    res.ReportText += results[i].report;
+    res.WindowDataText += results[i].table;
+    if (results[i].written) after_item();
+  }
 }
 
 // Hands what the run wrote so far to the sinks, where there are sinks.
@@ -745,33 +789,75 @@ void Run::flush(bool last) {
   }
 }
 
-bool Run::execute() {
-  if (!prepare()) return false;
+// Items computed and written a block at a time.
+struct Run::Block {
   std::vector<Item> items;
   std::vector<ItemResult> results;
+  std::size_t settled = 0;  // items the ordered pass went through
+};
+
+void Run::gather(Block& block) {
+  block.items.clear();
+  block.settled = 0;
+  Item item;
+  while (block.items.size() < kBlock && next_item(item)) block.items.push_back(item);
+  // Sized by the items of the block: a small run does not clear a full block.
+  if (block.results.size() < block.items.size()) block.results.resize(block.items.size());
+}
+
+// The ordered pass over a computed block: carries, stores and failures, item
+// by item, up to the end of the walk or a failure.
+Run::Settled Run::settle_block(Block& block) {
+  Settled last = Settled::Written;
+  while (block.settled < block.items.size() && last == Settled::Written) {
+    last = settle(block.items[block.settled], block.results[block.settled]);
+    if (last == Settled::Written) ++block.settled;
+  }
+  return last;
+}
+
+bool Run::execute() {
+  if (!prepare()) return false;
   std::vector<Scratch> scratch(static_cast<std::size_t>(parallel_.threads()));
-  items.reserve(kBlock);
-  while (true) {
-    items.clear();
-    Item item;
-    while (items.size() < kBlock && next_item(item)) items.push_back(item);
-    if (items.empty()) break;
-    // Sized by the items of the block: a small run does not clear a full block.
-    if (results.size() < items.size()) results.resize(items.size());
-    parallel_.for_each(items.size(), [&](std::size_t i, int worker) {
-      // A pair beyond the sequences read ends the run when it is written.
-      if (items[i].a > sequences_ || items[i].b > sequences_) return;
+  auto compute = [&](Block& block) {
+    return [this, &scratch, b = &block](std::size_t i, int worker) {
+      const Item& item = b->items[i];
+      // A pair beyond the sequences read ends the run when it is settled.
+      if (item.a > sequences_ || item.b > sequences_) return;
       if (coding_)
-        compute_coding(filtered_, tables_, items[i], pair_, scratch[static_cast<std::size_t>(worker)],
-                       results[i]);
+        compute_coding(filtered_, tables_, item, pair_, scratch[static_cast<std::size_t>(worker)],
+                       b->results[i]);
       else
-        compute_noncoding(filtered_, tables_, items[i], results[i]);
+        compute_noncoding(filtered_, tables_, item, b->results[i]);
+    };
+  };
+  // Two blocks in turn: while the workers compute the next block, this thread
+  // hands on what the last one wrote and settles the current one. The texts,
+  // which depend on nothing but their items' own values, are written in
+  // parallel after.
+  Block blocks[2];
+  Block* current = &blocks[0];
+  Block* next = &blocks[1];
+  gather(*current);
+  parallel_.for_each(current->items.size(), compute(*current));
+  bool written_before = false;
+  while (!current->items.empty()) {
+    gather(*next);
+    Settled last = Settled::Written;
+    parallel_.for_each(next->items.size(), compute(*next), [&] {
+      if (written_before) flush(false);
+      last = settle_block(*current);
     });
-    bool go_on = true;
-    for (std::size_t i = 0; i < items.size() && go_on; ++i) go_on = write(items[i], results[i]);
-    if (rec_.form.SSTab3.visible == false) return false;  // a failure ended the run
-    if (!go_on) break;
-    flush(false);
+    Block& b = *current;
+    parallel_.for_each(b.settled, [&](std::size_t i, int) { write_item(b.items[i], b.results[i]); });
+    append_texts(b.results, b.settled + (last == Settled::Failure ? 1 : 0));
+    if (last == Settled::Failure) {
+      failure(failure_message_);
+      return false;
+    }
+    if (last == Settled::End) break;
+    written_before = true;
+    std::swap(current, next);
   }
   if (window_) {
     rec_.region.RegionFirst = text::plain(region_first_);
@@ -786,6 +872,7 @@ void Run::finish() {
   Form& f = rec_.form;
   RunResults& res = rec_.results;
   const std::size_t report_length = report_flushed_ + res.ReportText.size();
+  write_last_pair_line();
   flush(true);
   f.Text33.visible = false;
   f.CloseBotton.visible = true;

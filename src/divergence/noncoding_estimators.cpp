@@ -1,7 +1,9 @@
 #include "divergence/noncoding_estimators.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <memory>
 
 namespace varnoth::divergence {
 namespace {
@@ -35,12 +37,15 @@ double tajima_series(double d, double b, double n) {
   return sum;
 }
 
-// i! by plain products, as the binomial terms of Tajima 2-p are written.
-double factorial(int i) {
-  double f = 1;
-  for (int k = 2; k <= i; ++k) f *= k;
+// i! by plain products, as the binomial terms of Tajima 2-p are written:
+// kFactorial[i] = ((1 x 2) x 3) ... x i, for i up to 127.
+constexpr std::array<double, 128> kFactorial = [] {
+  std::array<double, 128> f{};
+  f[0] = 1;
+  f[1] = 1;
+  for (int k = 2; k < 128; ++k) f[static_cast<std::size_t>(k)] = f[static_cast<std::size_t>(k - 1)] * k;
   return f;
-}
+}();
 
 // Tajima 2-p from the transition and transversion frequencies P and Q over n sites.
 float tajima_2p(double P, double Q, double n) {
@@ -49,6 +54,12 @@ float tajima_2p(double P, double Q, double n) {
   // whole numbers of n1 and n2, which are counts up to rounding of P n and Q n.
   const std::int64_t whole1 = std::llround(n1), whole2 = std::llround(n2);
   const double ln_n = std::log(n);
+  // The powers of the terms, each taken once by the same call as in the sum:
+  // 2^(j-1) at two_to[j], n1^j at n1_to[j], n2^m at n2_to[m], for exponents up to i.
+  double two_to[128], n1_to[128], n2_to[128];
+  two_to[0] = std::pow(2.0, -1);
+  n1_to[0] = std::pow(n1, 0);
+  n2_to[0] = std::pow(n2, 0);
   float k = 0;
   for (double i = 1; i <= d; i += 1) {
     const double L = i * ln_n + std::log(i);
@@ -57,13 +68,18 @@ float tajima_2p(double P, double Q, double n) {
     if (L > 88) break;
     const double w = 1 / std::exp(L);
     const int whole_i = static_cast<int>(i);
+    two_to[whole_i] = std::pow(2.0, whole_i - 1);
+    n1_to[whole_i] = std::pow(n1, whole_i);
+    n2_to[whole_i] = std::pow(n2, whole_i);
     const std::int64_t j0 = std::max<std::int64_t>(0, whole_i - whole2);
     const std::int64_t j1 = std::min<std::int64_t>(whole_i, whole1);
     double s = 0;
     for (std::int64_t jj = j0; jj <= j1; ++jj) {
       const int j = static_cast<int>(jj);
-      const double c = factorial(whole_i) / (factorial(j) * factorial(whole_i - j));
-      s += c * std::pow(2.0, j - 1) * std::pow(n1, j) * std::pow(n2, whole_i - j);
+      const double c = kFactorial[static_cast<std::size_t>(whole_i)] /
+                       (kFactorial[static_cast<std::size_t>(j)] *
+                        kFactorial[static_cast<std::size_t>(whole_i - j)]);
+      s += c * two_to[j] * n1_to[j] * n2_to[whole_i - j];
     }
     k = static_cast<float>(static_cast<double>(k) + w * s);
   }
@@ -81,6 +97,51 @@ float tajima_2p(double P, double Q, double n) {
     if (t > 6) break;
   }
   return static_cast<float>(static_cast<double>(k) + t);
+}
+
+// Values of a pure function of three doubles already worked out on this thread,
+// one per slot: pairs of an alignment often share the numbers Tajima 1-p and
+// 2-p depend on, and the same function of the same numbers (bit for bit) gives
+// the same value.
+template <typename Value>
+class Memo {
+ public:
+  template <typename Fn>
+  Value get(double x, double y, double z, Fn&& compute) {
+    const std::uint64_t key[3] = {std::bit_cast<std::uint64_t>(x), std::bit_cast<std::uint64_t>(y),
+                                  std::bit_cast<std::uint64_t>(z)};
+    std::uint64_t h = key[0] * 0x9E3779B97F4A7C15ULL;
+    h = (h ^ key[1]) * 0xC2B2AE3D27D4EB4FULL;
+    h = (h ^ key[2]) * 0x165667B19E3779F9ULL;
+    Slot& slot = slots_[(h >> 40) & (kSlots - 1)];
+    if (!slot.used || slot.key[0] != key[0] || slot.key[1] != key[1] || slot.key[2] != key[2]) {
+      slot.value = compute();
+      slot.key[0] = key[0];
+      slot.key[1] = key[1];
+      slot.key[2] = key[2];
+      slot.used = true;
+    }
+    return slot.value;
+  }
+
+ private:
+  static constexpr std::size_t kSlots = 4096;
+  struct Slot {
+    std::uint64_t key[3] = {0, 0, 0};
+    Value value{};
+    bool used = false;
+  };
+  std::array<Slot, kSlots> slots_{};
+};
+
+struct Memos {
+  Memo<double> tajima_1p;
+  Memo<float> tajima_2p;
+};
+
+Memos& memos() {
+  thread_local std::unique_ptr<Memos> memo = std::make_unique<Memos>();
+  return *memo;
 }
 
 }  // namespace
@@ -173,11 +234,12 @@ NoncodingResult estimate_noncoding(const NucleotidePairTable& table) {
         e.k_tajima_nei = -b * std::log(1 - p / b);
         const double d = p * n;
         e.k_tajima_4p = tajima_series(d, b, n);
-        e.k_tajima_1p = tajima_series(d, 0.75, n);
+        e.k_tajima_1p =
+            memos().tajima_1p.get(d, 0.75, n, [&] { return tajima_series(d, 0.75, n); });
       }
     }
 
-    e.k_tajima_2p = tajima_2p(P, Q, n);
+    e.k_tajima_2p = memos().tajima_2p.get(P, Q, n, [&] { return tajima_2p(P, Q, n); });
   }
 
   e.obs_p = truncate_seven_decimals(P);

@@ -2,14 +2,19 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
+
+#include "divergence/differences.h"
 #include <cstdint>
 
 namespace varnoth::divergence {
 namespace {
 
-// Working sums: transitions by class, then transversions by class.
+// Working sums: transitions by class, then transversions by class; slot 8 takes
+// the blank steps of a placing program and is never read.
 constexpr int TS0 = 0, TS2S = 1, TS2V = 2, TS4 = 3, TV0 = 4, TV2S = 5, TV2V = 6, TV4 = 7;
-using Sums = double[8];
+constexpr int kUnread = 8;
+using Sums = double[9];
 
 inline double total(const Sums& w) {
   return w[TS0] + w[TS2S] + w[TS2V] + w[TS4] + w[TV0] + w[TV2S] + w[TV2V] + w[TV4];
@@ -17,34 +22,92 @@ inline double total(const Sums& w) {
 
 // The placing rules: every row is tested in order and each row that holds is
 // applied. Where a class leaves no home for S or N the amount stays unplaced.
-void place_transition(Sums& w, const PositionFractions& f, double s, double n) {
+// A row adds coefficient x S or N to a sum; a bare "TS0 + N" has coefficient 1
+// (1 x N is N exactly).
+enum Amount : std::uint8_t { kS, kN };
+
+template <typename Add>
+void transition_rules(const PositionFractions& f, Add&& add) {
   const double f1 = f[0], f2 = f[1], f3 = f[2], f4 = f[3];
   const bool z1 = f1 == 0, z2 = f2 == 0, z3 = f3 == 0, z4 = f4 == 0;
-  if (z1 && z3) { w[TS2S] += f2 * s; w[TS4] += f4 * s; }
-  if (z2 && z4) { w[TS0] += f1 * n; w[TS2V] += f3 * n; }
-  if (!z1 && !z2 && z3 && z4) { w[TS0] += n; w[TS2S] += s; }
-  if (!z1 && z2 && z3 && !z4) { w[TS0] += n; w[TS4] += s; }
-  if (z1 && !z2 && !z3 && z4) { w[TS2S] += s; w[TS2V] += n; }
-  if (z1 && z2 && !z3 && !z4) { w[TS2V] += n; w[TS4] += s; }
-  if (!z1 && !z2 && !z3 && z4) { w[TS0] += 0.5 * n; w[TS2S] += s; w[TS2V] += 0.5 * n; }
-  if (!z1 && !z2 && z3 && !z4) { w[TS0] += n; w[TS2S] += f2 * s; w[TS4] += f4 * s; }
-  if (!z1 && z2 && !z3 && !z4) { w[TS0] += f1 * n; w[TS4] += s; w[TS2V] += f3 * n; }
-  if (z1 && !z2 && !z3 && !z4) { w[TS2V] += n; w[TS2S] += f2 * s; w[TS4] += f4 * s; }
+  if (z1 && z3) { add(TS2S, f2, kS); add(TS4, f4, kS); }
+  if (z2 && z4) { add(TS0, f1, kN); add(TS2V, f3, kN); }
+  if (!z1 && !z2 && z3 && z4) { add(TS0, 1, kN); add(TS2S, 1, kS); }
+  if (!z1 && z2 && z3 && !z4) { add(TS0, 1, kN); add(TS4, 1, kS); }
+  if (z1 && !z2 && !z3 && z4) { add(TS2S, 1, kS); add(TS2V, 1, kN); }
+  if (z1 && z2 && !z3 && !z4) { add(TS2V, 1, kN); add(TS4, 1, kS); }
+  if (!z1 && !z2 && !z3 && z4) { add(TS0, 0.5, kN); add(TS2S, 1, kS); add(TS2V, 0.5, kN); }
+  if (!z1 && !z2 && z3 && !z4) { add(TS0, 1, kN); add(TS2S, f2, kS); add(TS4, f4, kS); }
+  if (!z1 && z2 && !z3 && !z4) { add(TS0, f1, kN); add(TS4, 1, kS); add(TS2V, f3, kN); }
+  if (z1 && !z2 && !z3 && !z4) { add(TS2V, 1, kN); add(TS2S, f2, kS); add(TS4, f4, kS); }
 }
 
-void place_transversion(Sums& w, const PositionFractions& f, double s, double n) {
+template <typename Add>
+void transversion_rules(const PositionFractions& f, Add&& add) {
   const double f1 = f[0], f2 = f[1], f3 = f[2], f4 = f[3];
   const bool z1 = f1 == 0, z2 = f2 == 0, z3 = f3 == 0, z4 = f4 == 0;
-  if (z1 && z2) { w[TV2V] += f3 * s; w[TV4] += f4 * s; }
-  if (z3 && z4) { w[TV0] += f1 * n; w[TV2S] += f2 * n; }
-  if (!z1 && z2 && !z3 && z4) { w[TV0] += n; w[TV2V] += s; }
-  if (!z1 && z2 && z3 && !z4) { w[TV0] += n; w[TV4] += s; }
-  if (z1 && !z2 && !z3 && z4) { w[TV2S] += n; w[TV2V] += s; }
-  if (z1 && !z2 && z3 && !z4) { w[TV2S] += n; w[TV4] += s; }
-  if (!z1 && !z2 && !z3 && z4) { w[TV0] += 0.5 * n; w[TV2S] += 0.5 * n; w[TV2V] += s; }
-  if (!z1 && !z2 && z3 && !z4) { w[TV0] += f1 * n; w[TV2S] += f2 * n; w[TV4] += s; }
-  if (!z1 && z2 && !z3 && !z4) { w[TV0] += n; w[TV2V] += f3 * s; w[TV4] += f4 * s; }
-  if (z1 && !z2 && !z3 && !z4) { w[TV2S] += n; w[TV2V] += f3 * s; w[TV4] += f4 * s; }
+  if (z1 && z2) { add(TV2V, f3, kS); add(TV4, f4, kS); }
+  if (z3 && z4) { add(TV0, f1, kN); add(TV2S, f2, kN); }
+  if (!z1 && z2 && !z3 && z4) { add(TV0, 1, kN); add(TV2V, 1, kS); }
+  if (!z1 && z2 && z3 && !z4) { add(TV0, 1, kN); add(TV4, 1, kS); }
+  if (z1 && !z2 && !z3 && z4) { add(TV2S, 1, kN); add(TV2V, 1, kS); }
+  if (z1 && !z2 && z3 && !z4) { add(TV2S, 1, kN); add(TV4, 1, kS); }
+  if (!z1 && !z2 && !z3 && z4) { add(TV0, 0.5, kN); add(TV2S, 0.5, kN); add(TV2V, 1, kS); }
+  if (!z1 && !z2 && z3 && !z4) { add(TV0, f1, kN); add(TV2S, f2, kN); add(TV4, 1, kS); }
+  if (!z1 && z2 && !z3 && !z4) { add(TV0, 1, kN); add(TV2V, f3, kS); add(TV4, f4, kS); }
+  if (z1 && !z2 && !z3 && !z4) { add(TV2S, 1, kN); add(TV2V, f3, kS); add(TV4, f4, kS); }
+}
+
+// The rules of one position, kind of change and codon written down once as a
+// fixed list of steps (blank steps go to the unread slot), so that the walk
+// applies them without testing the fractions again.
+// At most two rules of two steps (a codon whose fractions are all 0) or one of three.
+constexpr int kMaxSteps = 4;
+struct PlacingProgram {
+  std::array<std::uint8_t, kMaxSteps> target{kUnread, kUnread, kUnread, kUnread};
+  std::array<Amount, kMaxSteps> amount{kN, kN, kN, kN};
+  std::array<double, kMaxSteps> coefficient{};
+};
+
+PlacingProgram program_of(const PositionFractions& f, bool transition) {
+  PlacingProgram program;
+  int steps = 0;
+  auto add = [&](int target, double coefficient, Amount amount) {
+    if (steps == kMaxSteps) std::abort();
+    program.target[steps] = static_cast<std::uint8_t>(target);
+    program.amount[steps] = amount;
+    program.coefficient[steps] = coefficient;
+    ++steps;
+  };
+  if (transition) transition_rules(f, add);
+  else transversion_rules(f, add);
+  return program;
+}
+
+// Programs by [codon][position][transition] of the codon that gives the classes.
+using CodeProgram = std::array<std::array<std::array<PlacingProgram, 2>, 3>, kCodons>;
+
+const CodeProgram& code_program(GeneticCode code) {
+  static const std::array<CodeProgram, 3> programs = [] {
+    std::array<CodeProgram, 3> all{};
+    const GeneticCode codes[3] = {GeneticCode::Universal, GeneticCode::Vermito,
+                                  GeneticCode::Dromito};
+    for (int c = 0; c < 3; ++c) {
+      const CodeTables& t = code_tables(codes[c]);
+      for (int codon = 0; codon < kCodons; ++codon)
+        for (int p = 0; p < 3; ++p)
+          for (int transition = 0; transition < 2; ++transition)
+            all[static_cast<std::size_t>(c)][codon][p][transition] =
+                program_of(t.fractions[codon][p], transition == 1);
+    }
+    return all;
+  }();
+  return programs[code == GeneticCode::Vermito ? 1 : code == GeneticCode::Dromito ? 2 : 0];
+}
+
+inline void run_program(Sums& w, const PlacingProgram& program, double s, double n) {
+  for (int k = 0; k < kMaxSteps; ++k)
+    w[program.target[k]] += program.coefficient[k] * (program.amount[k] == kS ? s : n);
 }
 
 // The corrective chain: a fixed list of rows, each acting only while Credited
@@ -145,11 +208,11 @@ struct PassState {
 };
 
 // One position of a pass; positions with S and N both 0 are skipped.
-inline void place_position(PassState& st, const PositionFractions& f, bool transition, float s,
-                           float n, int pass) {
+inline void place_position(PassState& st, const PlacingProgram& program,
+                           const PositionFractions& f, bool transition, float s, float n,
+                           int pass) {
   if (s == 0 && n == 0) return;
-  if (transition) place_transition(st.w, f, s, n);
-  else place_transversion(st.w, f, s, n);
+  run_program(st.w, program, s, n);
   st.credited += n;
   st.credited += s;
   st.placed = total(st.w);
@@ -173,15 +236,18 @@ void finish_pass(const PassState& st, PlacingPass& out) {
 
 void place_pass(std::span<const Codon> classes_from, std::span<const Codon> codons1,
                 std::span<const Codon> codons2, std::span<const float> syn,
-                std::span<const float> nonsyn, const CodeTables& t, int pass,
-                PlacingPass& out) {
+                std::span<const float> nonsyn, GeneticCode code, int pass, PlacingPass& out) {
+  const CodeTables& t = code_tables(code);
   PassState st;
+  const CodeProgram& programs = code_program(code);
   const std::size_t count = classes_from.size();
   for (std::size_t i = 0; i < count; ++i) {
     const CodonFractions& fractions = t.fractions[classes_from[i]];
-    for (int p = 0; p < 3; ++p)
-      place_position(st, fractions[p], is_transition(codons1[i], codons2[i], p), syn[3 * i + p],
-                     nonsyn[3 * i + p], pass);
+    for (int p = 0; p < 3; ++p) {
+      const bool transition = is_transition(codons1[i], codons2[i], p);
+      place_position(st, programs[classes_from[i]][p][transition], fractions[p], transition,
+                     syn[3 * i + p], nonsyn[3 * i + p], pass);
+    }
   }
   finish_pass(st, out);
 }
@@ -243,8 +309,8 @@ SiteClassResult account_site_classes(std::span<const Codon> codons1,
   }
 
   take_means(result);
-  place_pass(codons1, codons1, codons2, syn_changes, nonsyn_changes, t, 0, result.passes[0]);
-  place_pass(codons2, codons1, codons2, syn_changes, nonsyn_changes, t, 1, result.passes[1]);
+  place_pass(codons1, codons1, codons2, syn_changes, nonsyn_changes, code, 0, result.passes[0]);
+  place_pass(codons2, codons1, codons2, syn_changes, nonsyn_changes, code, 1, result.passes[1]);
   take_pass_means(result);
   return result;
 }
@@ -264,28 +330,135 @@ SequenceSites sequence_sites(std::span<const Codon> codons, GeneticCode code) {
   return out;
 }
 
-SiteClassResult place_changed_codons(const SequenceSites& sites1, const SequenceSites& sites2,
-                                     std::span<const ChangedCodon> changed, GeneticCode code) {
-  const CodeTables& t = code_tables(code);
+namespace {
+
+// The working sums, Credited and Placed of the two passes side by side.
+struct Lanes {
+  SumPair w[8] = {};
+  SumPair credited = {0, 0}, placed = {0, 0};
+};
+
+// The corrective chain of a position in one pass (rarely taken), on a copy.
+[[gnu::noinline]] Lanes correct(Lanes lanes, const PositionPlacing& pos, int pass,
+                                const PositionFractions& f) {
+  Sums sums;
+  for (int k = 0; k < 8; ++k) sums[k] = lanes.w[k][pass];
+  double placed = lanes.placed[pass];
+  run_chain(sums, lanes.credited[pass], placed, f, pos.transition,
+            static_cast<float>(pos.syn[0]), static_cast<float>(pos.nonsyn[0]), pass);
+  for (int k = 0; k < 8; ++k) lanes.w[k][pass] = sums[k];
+  lanes.placed[pass] = placed;
+  return lanes;
+}
+
+}  // namespace
+
+PairPlacingTable::PairPlacingTable(GeneticCode code, float pathway_weight)
+    : code_(code), pairs_(kCodons * kCodons) {
+  const CodonPairTable shares(code, pathway_weight);
+  const CodeProgram& programs = code_program(code);
+  for (int a = 0; a < kCodons; ++a) {
+    for (int b = 0; b < kCodons; ++b) {
+      if (a == b) continue;
+      const CodonPairShares& sh = shares(static_cast<Codon>(a), static_cast<Codon>(b));
+      PairPlacing& out = pairs_[static_cast<std::size_t>(64 * a + b)];
+      out.status = sh.status;
+      if (sh.status != ChangeStatus::Complete) continue;
+      for (int p = 0; p < 3; ++p) {
+        const float s = sh.syn[static_cast<std::size_t>(p)];
+        const float n = sh.nonsyn[static_cast<std::size_t>(p)];
+        if (s == 0 && n == 0) continue;
+        PositionPlacing& pos = out.positions[out.count++];
+        pos.syn = SumPair{s, s};
+        pos.nonsyn = SumPair{n, n};
+        pos.position = static_cast<std::uint8_t>(p);
+        pos.transition = is_transition(a, b, p);
+        const int from[2] = {a, b};
+        for (int pass = 0; pass < 2; ++pass) {
+          const PlacingProgram& program = programs[from[pass]][p][pos.transition];
+          bool taken[9] = {};
+          for (int k = 0; k < kMaxSteps; ++k) {
+            const int target = program.target[k];
+            if (target == kUnread) continue;
+            if (taken[target]) std::abort();  // no rule adds twice to one sum
+            taken[target] = true;
+            // The amount run_program adds: the same product of the same numbers.
+            pos.add[target][pass] =
+                program.coefficient[k] * (program.amount[k] == kS ? double{s} : double{n});
+          }
+        }
+      }
+    }
+  }
+}
+
+SiteClassResult place_differing_codons(const SequenceSites& sites1, const SequenceSites& sites2,
+                                       std::span<const Codon> codons1,
+                                       std::span<const Codon> codons2,
+                                       const PairPlacingTable& table,
+                                       ChangeAccountingResult& changes) {
   SiteClassResult result;
+  changes = {};
+  const CodeTables& t = code_tables(table.code());
+  // The working sums, Credited and Placed of the two passes side by side, as
+  // place_position forms them: lane by lane the same additions in the same
+  // order. A position adds its amounts to all eight sums, 0 to those its rules
+  // leave alone: a sum starts at +0 and is never -0 (round to nearest gives -0
+  // only for -0 + -0), so adding 0 leaves it as it is.
+  // Kept in eight named pairs so that they stay in registers.
+  SumPair w0 = {0, 0}, w1 = {0, 0}, w2 = {0, 0}, w3 = {0, 0};
+  SumPair w4 = {0, 0}, w5 = {0, 0}, w6 = {0, 0}, w7 = {0, 0};
+  SumPair credited = {0, 0}, placed = {0, 0};
+  const bool complete = for_each_difference(
+      codons1.data(), codons2.data(), std::min(codons1.size(), codons2.size()), [&](std::size_t i) {
+        const PairPlacing& placing = table(codons1[i], codons2[i]);
+        if (placing.status != ChangeStatus::Complete) {
+          changes.status = placing.status;
+          changes.StopCodonFlag = placing.status == ChangeStatus::StopCodon;
+          changes.codon_number = static_cast<long>(i) + 1;
+          changes.codon1 = codons1[i];
+          changes.codon2 = codons2[i];
+          return false;
+        }
+        for (int j = 0; j < placing.count; ++j) {
+          const PositionPlacing& pos = placing.positions[j];
+          w0 += pos.add[0];
+          w1 += pos.add[1];
+          w2 += pos.add[2];
+          w3 += pos.add[3];
+          w4 += pos.add[4];
+          w5 += pos.add[5];
+          w6 += pos.add[6];
+          w7 += pos.add[7];
+          credited += pos.nonsyn;
+          credited += pos.syn;
+          placed = w0 + w1 + w2 + w3 + w4 + w5 + w6 + w7;
+          const SumPair gap = credited - placed;
+          if (std::fabs(gap[0]) < 0.01 && std::fabs(gap[1]) < 0.01) continue;
+          const Codon from[2] = {codons1[i], codons2[i]};
+          for (int pass = 0; pass < 2; ++pass) {
+            if (std::fabs(gap[pass]) < 0.01) continue;
+            Lanes l{{w0, w1, w2, w3, w4, w5, w6, w7}, credited, placed};
+            l = correct(l, pos, pass, t.fractions[from[pass]][pos.position]);
+            w0 = l.w[0], w1 = l.w[1], w2 = l.w[2], w3 = l.w[3];
+            w4 = l.w[4], w5 = l.w[5], w6 = l.w[6], w7 = l.w[7];
+            placed = l.placed;
+          }
+        }
+        return true;
+      });
+  if (!complete) return result;
   result.site_sums[0] = sites1.sums;
   result.site_sums[1] = sites2.sums;
   take_means(result);
-  // The two passes keep apart sums; walking them side by side keeps the order
-  // of each one's additions.
-  PassState first, second;
-  for (const ChangedCodon& c : changed) {
-    const CodonFractions& f1 = t.fractions[c.codon1];
-    const CodonFractions& f2 = t.fractions[c.codon2];
-    for (int p = 0; p < 3; ++p) {
-      const bool transition = is_transition(c.codon1, c.codon2, p);
-      const float s = c.shares->syn[p], n = c.shares->nonsyn[p];
-      place_position(first, f1[p], transition, s, n, 0);
-      place_position(second, f2[p], transition, s, n, 1);
-    }
+  for (int pass = 0; pass < 2; ++pass) {
+    PassState st;
+    const SumPair w[8] = {w0, w1, w2, w3, w4, w5, w6, w7};
+    for (int k = 0; k < 8; ++k) st.w[k] = w[k][pass];
+    st.credited = credited[pass];
+    st.placed = placed[pass];
+    finish_pass(st, result.passes[pass]);
   }
-  finish_pass(first, result.passes[0]);
-  finish_pass(second, result.passes[1]);
   take_pass_means(result);
   return result;
 }

@@ -5,7 +5,9 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <span>
+#include <vector>
 
 #include "divergence/codon_changes.h"
 #include "divergence/genetic_code.h"
@@ -71,17 +73,49 @@ struct SequenceSites {
 };
 SequenceSites sequence_sites(std::span<const Codon> codons, GeneticCode code);
 
-// A codon pair of a comparison that differs, with its shares.
-struct ChangedCodon {
-  Codon codon1 = 0, codon2 = 0;
-  const CodonPairShares* shares = nullptr;
+// One working sum of the two passes side by side: first pass, second pass
+// (GCC and clang vectors).
+using SumPair = double __attribute__((vector_size(16)));
+
+// How the shares of one ordered pair of different codons are placed, worked
+// out once per run for every such pair: the positions with a share, and what
+// the placing rules add there to each of the eight working sums (TS0, TS2S,
+// TS2V, TS4, TV0, TV2S, TV2V, TV4) in each pass, 0 where they add nothing.
+struct PositionPlacing {
+  SumPair add[8] = {};
+  SumPair syn = {0, 0}, nonsyn = {0, 0};  // the shares (Single values), in both lanes
+  std::uint8_t position = 0;              // 0..2
+  bool transition = false;
 };
 
-// account_site_classes for a pair whose two sequences both have a row for every
-// codon (sites1, sites2 from sequence_sites over the pair's codons), given only
-// the codon pairs that differ, in codon order. The result is the same, bit for
-// bit: equal codons carry no shares, and the placing skips such positions.
-SiteClassResult place_changed_codons(const SequenceSites& sites1, const SequenceSites& sites2,
-                                     std::span<const ChangedCodon> changed, GeneticCode code);
+struct PairPlacing {
+  ChangeStatus status = ChangeStatus::Complete;
+  int count = 0;  // positions with a share, in position order
+  PositionPlacing positions[3] = {};
+};
+
+class PairPlacingTable {
+ public:
+  PairPlacingTable(GeneticCode code, float pathway_weight);
+  const PairPlacing& operator()(Codon a, Codon b) const { return pairs_[64 * a + b]; }
+  GeneticCode code() const { return code_; }
+
+ private:
+  GeneticCode code_;
+  std::vector<PairPlacing> pairs_;
+};
+
+// account_codon_changes then account_site_classes of a pair whose sequences
+// both have a row for every codon (sites1, sites2 from sequence_sites over the
+// pair's codons), walking only the codons that differ. The results are the same,
+// bit for bit: equal codons carry no shares and the placing skips positions
+// without one. `changes` gets the status and, where the walk stopped, the
+// codon; its PairGCContent is left to the caller. After a stop the result is
+// not to be used.
+SiteClassResult place_differing_codons(const SequenceSites& sites1, const SequenceSites& sites2,
+                                       std::span<const Codon> codons1,
+                                       std::span<const Codon> codons2,
+                                       const PairPlacingTable& table,
+                                       ChangeAccountingResult& changes);
 
 }  // namespace varnoth::divergence

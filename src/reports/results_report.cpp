@@ -16,9 +16,11 @@ using text::append_plain;
 constexpr std::string_view kCrlf = "\r\n";
 constexpr std::string_view kStars = " *************************************************************";
 constexpr std::string_view kWindowStars = " **************************";
-constexpr std::string_view kValue = "###0.00000 ";
-constexpr std::string_view kCount = " ####0.00 ";
-constexpr std::string_view kSites = "####0.00";
+constexpr text::Pattern kValue{"###0.00000 "};
+constexpr text::Pattern kValueBare{"###0.00000"};
+constexpr text::Pattern kWindowValue{" #0.00000 "};
+constexpr text::Pattern kCount{" ####0.00 "};
+constexpr text::Pattern kSites{"####0.00"};
 
 void line(std::string& out, std::string_view s) {
   out += s;
@@ -123,7 +125,8 @@ void jukes_cantor_line(std::string& out, std::string_view label, double k, Sites
                        std::string_view sites_label, std::string_view note) {
   out += label;
   append_format(out, k, kValue);
-  const std::string s = text::format(sites, kSites);
+  std::string s;
+  append_format(s, sites, kSites);
   pad(out, s.size(), 10);
   out += "(";
   out += s;
@@ -146,9 +149,10 @@ void kimura_line(std::string& out, std::string_view label, double k, std::string
   out += a_label;
   append_format(out, a, kValue);
   out += b_label;
-  append_format(out, b, "###0.00000");
+  append_format(out, b, kValueBare);
   out += ")  ";
-  const std::string s = text::format(sites, kSites);
+  std::string s;
+  append_format(s, sites, kSites);
   pad(out, s.size(), 8);
   out += "(";
   out += s;
@@ -448,7 +452,7 @@ void append_coding_window_row(std::string& out, const RunLayout& run, const Wind
     if (!note.empty())
       out += "N.A.";
     else
-      append_format(out, k, " #0.00000 ");
+      append_format(out, k, kWindowValue);
   };
   if (run.jukes_cantor_run) {
     value(e.ks_jc, e.ks_jc_note);

@@ -1,8 +1,11 @@
 #include "text/number_format.h"
 
+#include <bit>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
+#include <limits>
 
 namespace varnoth::text {
 
@@ -85,37 +88,192 @@ void round_to(Decimal& d, int decimals) {
   d.drop_trailing_zeros();
 }
 
-bool is_placeholder(char c) { return c == '0' || c == '#'; }
+using Layout = Pattern;
 
-// What a pattern asks for, read once per call.
-struct Layout {
-  std::size_t point;       // index of the decimal point, or the size when none
-  int int_places = 0;      // placeholders before the point
-  int int_forced = 0;      // integer digits that are always printed ("0" and all right of it)
-  int frac_places = 0;     // placeholders after the point
-  int frac_forced = 0;     // fraction digits always printed (up to the last "0")
-  std::size_t literals = 0;
-};
+constexpr bool is_placeholder(char c) { return Pattern::is_placeholder(c); }
 
-Layout scan(std::string_view pattern) {
-  Layout l;
-  l.point = pattern.find('.');
-  if (l.point == std::string_view::npos) l.point = pattern.size();
-  int first_zero = 0;  // 1-based ordinal of the leftmost integer "0", 0 when none
-  for (std::size_t i = 0; i < l.point; ++i) {
-    if (!is_placeholder(pattern[i])) continue;
-    ++l.int_places;
-    if (pattern[i] == '0' && first_zero == 0) first_zero = l.int_places;
+// The layouts of the last patterns used on this thread: a report uses a
+// handful of patterns over and over.
+const Layout& layout_of(std::string_view pattern) {
+  struct Entry {
+    char text[24];
+    std::size_t size = 0;
+    Layout layout;
+  };
+  constexpr int kEntries = 8;
+  thread_local Entry entries[kEntries];
+  thread_local int next = 0;
+  thread_local Layout uncached;
+  if (pattern.size() > sizeof Entry::text) {
+    uncached = Pattern(pattern);
+    return uncached;
   }
-  // A "0" forces its own digit and every digit right of it.
-  if (first_zero > 0) l.int_forced = l.int_places - first_zero + 1;
-  for (std::size_t i = l.point + 1; i < pattern.size(); ++i) {
-    if (!is_placeholder(pattern[i])) continue;
-    ++l.frac_places;
-    if (pattern[i] == '0') l.frac_forced = l.frac_places;
+  for (Entry& e : entries)
+    if (e.size == pattern.size() && e.size > 0 && std::memcmp(e.text, pattern.data(), e.size) == 0)
+      return e.layout;
+  Entry& e = entries[next];
+  next = (next + 1) % kEntries;
+  std::memcpy(e.text, pattern.data(), pattern.size());
+  e.size = pattern.size();
+  e.layout = Pattern(std::string_view(e.text, e.size));
+  return e.layout;
+}
+
+__extension__ typedef unsigned __int128 u128;  // GCC and clang
+
+constexpr std::uint64_t kPow10[20] = {1ULL,
+                                      10ULL,
+                                      100ULL,
+                                      1000ULL,
+                                      10000ULL,
+                                      100000ULL,
+                                      1000000ULL,
+                                      10000000ULL,
+                                      100000000ULL,
+                                      1000000000ULL,
+                                      10000000000ULL,
+                                      100000000000ULL,
+                                      1000000000000ULL,
+                                      10000000000000ULL,
+                                      100000000000000ULL,
+                                      1000000000000000ULL,
+                                      10000000000000000ULL,
+                                      100000000000000000ULL,
+                                      1000000000000000000ULL,
+                                      10000000000000000000ULL};
+
+// |value| x 10^decimals as the generic path rounds it (the value first written
+// with `significant` digits, correctly rounded with ties to even as to_chars
+// does, then rounded half up on those digits), worked out exactly in integers.
+// Only for 1e-4 <= |value| below 10^(significant - 1); false elsewhere.
+template <class Real>
+bool scaled_digits(Real magnitude, int significant, int decimals, std::uint64_t& scaled) {
+  // magnitude = m / 2^shift, m with the hidden bit; subnormals are left out.
+  std::uint64_t m;
+  int shift;
+  if constexpr (sizeof(Real) == 8) {
+    const auto bits = std::bit_cast<std::uint64_t>(magnitude);
+    const int biased = static_cast<int>(bits >> 52);
+    if (biased == 0) return false;
+    m = (bits & ((std::uint64_t{1} << 52) - 1)) | (std::uint64_t{1} << 52);
+    shift = 1075 - biased;
+  } else {
+    const auto bits = std::bit_cast<std::uint32_t>(magnitude);
+    const int biased = static_cast<int>(bits >> 23);
+    if (biased == 0) return false;
+    m = (bits & ((std::uint32_t{1} << 23) - 1)) | (std::uint32_t{1} << 23);
+    shift = 150 - biased;
   }
-  l.literals = pattern.size() - static_cast<std::size_t>(l.int_places + l.frac_places);
-  return l;
+  if (shift < 0 || shift > 100) return false;
+  const int exp2 = std::numeric_limits<Real>::digits - shift;  // magnitude in [2^(exp2-1), 2^exp2)
+  // Decimal exponent: within one of log10(2) x (exp2 - 1), set right below
+  // (78913 / 2^18 is log10(2) to six digits; >> rounds down).
+  int e = ((exp2 - 1) * 78913) >> 18;
+  std::uint64_t digits = 0;  // the `significant` digits, digits x 10^(e - significant + 1)
+  for (int attempt = 0; attempt < 3; ++attempt) {
+    const int s = significant - 1 - e;
+    if (s < 0 || s > 18) return false;
+    const u128 product = static_cast<u128>(m) * kPow10[s];
+    u128 q = shift == 0 ? product : product >> shift;
+    if (shift > 0) {
+      const u128 rest = product - (q << shift);
+      const u128 half = static_cast<u128>(1) << (shift - 1);
+      if (rest > half || (rest == half && (q & 1) != 0)) ++q;
+    }
+    if (q >= kPow10[significant]) {
+      // Too many digits: either the exponent is one too small, or the rounding
+      // carried into 10^significant, which one place up reads alike.
+      ++e;
+    } else if (q < kPow10[significant - 1]) {
+      --e;
+    } else {
+      digits = static_cast<std::uint64_t>(q);
+      break;
+    }
+  }
+  if (digits == 0 || e < -4 || e >= significant - 1) return false;
+  // Digits after the point in `digits`, and how many of them go.
+  const int dropped = significant - 1 - e - decimals;
+  if (dropped <= 0) {
+    if (-dropped > 18 - significant) return false;
+    scaled = digits * kPow10[-dropped];
+  } else {
+    scaled = (digits + 5 * kPow10[dropped - 1]) / kPow10[dropped];
+  }
+  return true;
+}
+
+// The compact patterns: the integer part, all digits of it and at least the
+// forced ones, the point and the fraction. False where the generic path must
+// write it.
+constexpr char kDigitPairs[] =
+    "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
+    "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
+    "8081828384858687888990919293949596979899";
+
+template <class Real>
+bool append_compact(std::string& out, Real value, const Layout& l, int significant,
+                    std::size_t width) {
+  std::uint64_t scaled = 0;
+  const Real magnitude = value < 0 ? -value : value;
+  bool done = false;
+  if (sizeof(Real) == 8 && magnitude < Real(1e4) && l.frac_places <= 5) {
+    // Away from a half of the last place, the 15-digit form and the value
+    // itself round to the same digits: below 1e4 the 15-digit form moves the
+    // value by at most 5e-7 of the last place, the product by 1.2e-7 more.
+    const double x = static_cast<double>(magnitude) * static_cast<double>(kPow10[l.frac_places]);
+    const double whole = std::floor(x);
+    const double rest = x - whole;
+    if (rest < 0.49999 || rest > 0.50001) {
+      scaled = static_cast<std::uint64_t>(whole) + (rest > 0.5 ? 1 : 0);
+      done = true;
+    }
+  }
+  if (!done && magnitude != 0 && !scaled_digits(magnitude, significant, l.frac_places, scaled))
+    return false;
+  const std::uint64_t unit = kPow10[l.frac_places];
+  std::uint64_t whole = scaled / unit, fraction = scaled % unit;
+  // The integer digits, right to left.
+  char int_digits[44];  // digits end at 24: a copy of 20 from their start stays inside
+  char* const int_end = int_digits + 24;
+  char* int_begin = int_end;
+  for (; whole != 0; whole /= 10) *--int_begin = static_cast<char>('0' + whole % 10);
+  const auto own = static_cast<std::size_t>(int_end - int_begin);
+  const auto forced = static_cast<std::size_t>(l.int_forced);
+  const std::size_t shown = own > forced ? own : forced;
+  const bool negative = value < 0;
+  const auto decimals = static_cast<std::size_t>(l.frac_places);
+  const std::size_t length =
+      l.first_placeholder + (negative ? 1 : 0) + shown + 1 + decimals + l.suffix_size;
+  const std::size_t pad = length < width ? width - length : 0;
+  if (pad > 32 || shown > 20) return false;
+  // Fixed-size copies into a scratch line: each part then advances by its length.
+  char text[128];
+  std::memset(text, ' ', 32);
+  char* p = text + pad;
+  std::memcpy(p, l.prefix, 8);
+  p += l.first_placeholder;
+  *p = '-';
+  p += negative ? 1 : 0;
+  std::memset(p, '0', 20);
+  p += shown - own;
+  std::memcpy(p, int_begin, 20);
+  p += own;
+  *p++ = '.';
+  char* digit = p + decimals;
+  for (; fraction >= 10; fraction /= 100) {
+    digit -= 2;
+    std::memcpy(digit, kDigitPairs + 2 * (fraction % 100), 2);
+  }
+  while (digit > p) {  // one digit left, or leading zeros
+    *--digit = static_cast<char>('0' + fraction % 10);
+    fraction /= 10;
+  }
+  p += decimals;
+  std::memcpy(p, l.suffix, 8);
+  p += l.suffix_size;
+  out.append(text, static_cast<std::size_t>(p - text));
+  return true;
 }
 
 // The text of a non-finite value, as the classic runtime writes it.
@@ -182,7 +340,7 @@ void write(char* out, const Decimal& d, const Layout& l, const Shape& s, std::st
 }
 
 template <class Real>
-void append_formatted(std::string& out, Real value, std::string_view pattern, int significant,
+void append_formatted(std::string& out, Real value, const Pattern& l, int significant,
                       std::size_t width) {
   if (!std::isfinite(value)) {
     std::string_view t = non_finite(value);
@@ -190,7 +348,8 @@ void append_formatted(std::string& out, Real value, std::string_view pattern, in
     out.append(t);
     return;
   }
-  Layout l = scan(pattern);
+  const std::string_view pattern = l.text;
+  if (l.compact && append_compact(out, value, l, significant, width)) return;
   Decimal d;
   to_decimal(value, significant, d);
   round_to(d, l.frac_places);
@@ -208,6 +367,14 @@ template <class Real>
 void append_plain_form(std::string& out, Real value, int significant) {
   if (!std::isfinite(value)) {
     out.append(non_finite(value));
+    return;
+  }
+  // A whole number below 10^significant has all its digits written as they are.
+  const Real limit = significant == kDoubleDigits ? Real(1e15) : Real(1e7);
+  if (value > -limit && value < limit && value == std::trunc(value)) {
+    char digits[24];
+    out.append(digits, std::to_chars(digits, digits + sizeof digits,
+                                     static_cast<long long>(value)).ptr);
     return;
   }
   Decimal d;
@@ -248,10 +415,18 @@ void append_plain_form(std::string& out, Real value, int significant) {
 }  // namespace
 
 void append_format(std::string& out, double value, std::string_view pattern) {
-  append_formatted(out, value, pattern, kDoubleDigits, 0);
+  append_formatted(out, value, layout_of(pattern), kDoubleDigits, 0);
 }
 
 void append_format(std::string& out, float value, std::string_view pattern) {
+  append_formatted(out, value, layout_of(pattern), kFloatDigits, 0);
+}
+
+void append_format(std::string& out, double value, const Pattern& pattern) {
+  append_formatted(out, value, pattern, kDoubleDigits, 0);
+}
+
+void append_format(std::string& out, float value, const Pattern& pattern) {
   append_formatted(out, value, pattern, kFloatDigits, 0);
 }
 
@@ -268,10 +443,18 @@ std::string format(float value, std::string_view pattern) {
 }
 
 void append_cell(std::string& out, double value, std::string_view pattern, std::size_t width) {
-  append_formatted(out, value, pattern, kDoubleDigits, width);
+  append_formatted(out, value, layout_of(pattern), kDoubleDigits, width);
 }
 
 void append_cell(std::string& out, float value, std::string_view pattern, std::size_t width) {
+  append_formatted(out, value, layout_of(pattern), kFloatDigits, width);
+}
+
+void append_cell(std::string& out, double value, const Pattern& pattern, std::size_t width) {
+  append_formatted(out, value, pattern, kDoubleDigits, width);
+}
+
+void append_cell(std::string& out, float value, const Pattern& pattern, std::size_t width) {
   append_formatted(out, value, pattern, kFloatDigits, width);
 }
 

@@ -98,7 +98,6 @@ TEST(Fasta, UnequalLengthsNamedOnTheErrorStream) {
 class ManyAlignments : public ::testing::Test {
  protected:
   void SetUp() override {
-    ::setenv("SOURCE_DATE_EPOCH", "86400", 1);
     dir = scratch_dir() + "/" + ::testing::UnitTest::GetInstance()->current_test_info()->name();
     fs::remove_all(dir);
     fs::create_directories(dir + "/in");
@@ -106,7 +105,7 @@ class ManyAlignments : public ::testing::Test {
     fs::copy_file(source_path("examples/malformed/fasta_like.aln"), dir + "/in/b_broken.aln");
     fs::copy_file(source_path("examples/coding/primates.meg"), dir + "/in/c_primates.meg");
   }
-  void TearDown() override { ::unsetenv("SOURCE_DATE_EPOCH"); }
+  varnoth::testing::FixedDate date;
   std::string dir;
 };
 

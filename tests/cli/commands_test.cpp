@@ -54,7 +54,7 @@ TEST(Usage, ErrorsExitTwo) {
 }
 
 TEST(Run, WritesReportWindowTableAndMatrix) {
-  ::setenv("SOURCE_DATE_EPOCH", "86400", 1);
+  const varnoth::testing::FixedDate date;
   const std::string dir = scratch_dir();
   const std::string in = source_path("examples/noncoding/introns.meg");
   auto r = cli({"run", in, "--noncoding", "--method", "all", "-o", dir + "/a.out", "--matrix",
@@ -79,7 +79,6 @@ TEST(Run, WritesReportWindowTableAndMatrix) {
   r = cli({"run", in, "--noncoding", "--window", "180:60", "--matrix", "jc", "-m", dir + "/b.dis"});
   EXPECT_EQ(r.code, 1);
   EXPECT_FALSE(std::filesystem::exists(dir + "/b.dis"));
-  ::unsetenv("SOURCE_DATE_EPOCH");
 }
 
 TEST(Run, RefusedOptionsExitOne) {
@@ -144,6 +143,7 @@ std::string random_alignment(int n, int codons, unsigned seed) {
 }
 
 TEST(Run, SameOutputsOnAnyNumberOfThreads) {
+  const varnoth::testing::FixedDate date;
   const std::string dir = scratch_dir();
   varnoth::testing::write_file(dir + "/many.meg", random_alignment(72, 60, 7));  // 2556 pairs
   std::string first_report, first_matrix;

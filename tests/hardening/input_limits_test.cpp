@@ -101,6 +101,7 @@ TEST(Limits, FileTooLargeIsRefusedBeforeItIsRead) {
   expect_refused(path,
                  " File larger than 256 MiB (268,435,456 bytes), the most this program reads: "
                  "genome.aln");
+  std::filesystem::remove(path);
 }
 
 TEST(Limits, TooManyLines) {

@@ -1,5 +1,6 @@
 #include "support/cli_runner.h"
 
+#include <cstdlib>
 #include <sstream>
 
 #include "cli/commands.h"
@@ -14,5 +15,8 @@ CliResult run_cli(std::vector<std::string> args) {
   const int rc = varnoth::cli::run(static_cast<int>(argv.size()), argv.data(), o, e);
   return {rc, o.str(), e.str()};
 }
+
+FixedDate::FixedDate() { ::setenv("SOURCE_DATE_EPOCH", "86400", 1); }
+FixedDate::~FixedDate() { ::unsetenv("SOURCE_DATE_EPOCH"); }
 
 }  // namespace varnoth::testing

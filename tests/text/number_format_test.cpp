@@ -1,6 +1,10 @@
 #include "text/number_format.h"
 
+#include <cmath>
+#include <iomanip>
 #include <limits>
+#include <random>
+#include <string>
 
 #include <gtest/gtest.h>
 
@@ -144,6 +148,43 @@ TEST(Format, IntegersAndAppending) {
   append_format(out, 0.5, "###0.00000 ");
   append_format(out, 0.25f, "0.0");
   EXPECT_EQ(out, "K=0.50000 0.3");
+}
+
+// The short path for patterns of digits around one point writes what the
+// general path writes, on values of every size and on the halves where the
+// 15-digit (7-digit) text decides.
+TEST(Format, ShortPathAgreesWithTheGeneralOne) {
+  std::mt19937_64 rng(11);
+  std::uniform_real_distribution<double> unit(0, 1);
+  for (const char* text : {"###0.00000 ", " ####0.00 ", "####0.00", " #0.00000 ", "0.0000",
+                           "0.000000000", "(#0.0)", "#0.00000000"}) {
+    const varnoth::text::Pattern fast(text);
+    ASSERT_TRUE(fast.compact) << text;
+    varnoth::text::Pattern general = fast;
+    general.compact = false;
+    const auto compare = [&](auto value) {
+      std::string a, b;
+      append_cell(a, value, fast, 12);
+      append_cell(b, value, general, 12);
+      ASSERT_EQ(a, b) << text << " " << std::setprecision(17) << value;
+    };
+    for (int i = 0; i < 20000; ++i) {
+      const double magnitude = std::pow(10.0, -7 + 14 * unit(rng));
+      const double value = (rng() % 2 ? -1 : 1) * magnitude;
+      compare(value);
+      compare(static_cast<float>(value));
+      // Halves of the last printed place, and their neighbours.
+      const double scale = std::pow(10.0, fast.frac_places);
+      const double half = (std::floor(magnitude * scale) + 0.5) / scale;
+      for (double v : {half, std::nextafter(half, 0.0), std::nextafter(half, 1e300)}) {
+        compare(v);
+        compare(-v);
+        compare(static_cast<float>(v));
+      }
+    }
+    for (double v : {0.0, -0.0, 1e-300, 99999.999995, 9999.999995, 0.000005, 1e15, 123456789.0})
+      compare(v);
+  }
 }
 
 TEST(Cell, PadsInFrontAndNeverCuts) {

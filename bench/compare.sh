@@ -1,0 +1,109 @@
+#!/usr/bin/env bash
+# Times whole `varnoth run` processes against the tools users compare it with,
+# on the same generated alignments, and prints one Markdown table of seconds
+# and ratios, then the time and peak memory of a 2000 x 1500 coding run.
+#
+#   bash bench/compare.sh [ROUNDS]      (default 5; medians are reported)
+#
+# Peers, each where installed (bash scripts/setup --bench installs them):
+# R's seqinr::kaks() and ape::dist.dna(model = "JC69"), timed inside R on
+# alignments already read (R's start-up and reading left out), and PAML's yn00
+# as a whole process, timed once (it is slow). varnoth is timed as a whole
+# process that reads the file and writes its report to a file.
+# Alignments: 20, 100 and 400 sequences of 1500 nt, and 50 of 30000 nt; every
+# nucleotide changed with probability 2 % from an ancestor (pairs about 5 %
+# apart), no stop codon.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+rounds=${1:-5}
+build=${VARNOTH_BENCH_BUILD:-build-bench}
+
+cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DVARNOTH_BENCH=ON \
+  -DVARNOTH_TESTS=OFF -DVARNOTH_GUI=OFF >/dev/null
+cmake --build "$build" --target varnoth make_alignment >/dev/null
+varnoth=$(realpath "$build/varnoth")
+have_r=0
+Rscript -e 'suppressMessages({library(seqinr); library(ape)})' >/dev/null 2>&1 && have_r=1
+have_yn00=0
+command -v yn00 >/dev/null && have_yn00=1
+
+# No "." in the folder: the extension is read behind the first "." of the path.
+work=$(mktemp -d /tmp/varnoth-bench-XXXXXX)
+trap 'rm -rf "$work"' EXIT
+out="$work/report.out"
+
+# Median wall time in seconds of a command, over $rounds runs after one warm-up.
+median_time() {
+  if command -v hyperfine >/dev/null; then
+    hyperfine -N --warmup 1 --runs "$rounds" --export-csv "$work/h.csv" "$*" >"$work/h.log" 2>&1 ||
+      { cat "$work/h.log" >&2; exit 1; }
+    awk -F, 'NR == 2 { printf "%.4f", $4 }' "$work/h.csv"  # command,mean,stddev,median,...
+  else
+    "$@" >/dev/null 2>&1
+    for _ in $(seq "$rounds"); do
+      local start end
+      start=$(date +%s.%N)
+      "$@" >/dev/null 2>&1
+      end=$(date +%s.%N)
+      echo "$end - $start" | bc -l
+    done | sort -g | awk '{ t[NR] = $1 } END { printf "%.4f", t[int((NR + 1) / 2)] }'
+  fi
+}
+
+# Seconds of one run of a command.
+once_time() {
+  local start end
+  start=$(date +%s.%N)
+  "$@" >/dev/null 2>&1
+  end=$(date +%s.%N)
+  echo "$end - $start" | bc -l | awk '{ printf "%.3f", $1 }'
+}
+
+ratio() { [ "$1" = "-" ] && { echo "-"; return; }; awk -v a="$1" -v b="$2" 'BEGIN { printf "%.1fx", a / b }'; }
+seconds() { [ "$1" = "-" ] && echo "-" || awk -v a="$1" 'BEGIN { printf "%.3f", a }'; }
+
+cat >"$work/r.R" <<'EOF'
+suppressMessages({ library(seqinr); library(ape) })
+args <- commandArgs(TRUE)
+rounds <- as.integer(args[2])
+aln <- read.alignment(args[1], format = "fasta")
+dna <- read.dna(args[1], format = "fasta")
+kaks_times <- replicate(rounds, system.time(kaks(aln))[["elapsed"]])
+jc_times <- replicate(rounds, system.time(dist.dna(dna, model = "JC69"))[["elapsed"]])
+cat(sprintf("%.4f %.4f\n", median(kaks_times), median(jc_times)))
+EOF
+
+echo "$(date +%Y-%m-%d), $(nproc) cores, $(grep -m1 'model name' /proc/cpuinfo | cut -d: -f2 | sed 's/^ *//'); median of $rounds runs (yn00: one run)"
+echo
+echo "| alignment | pairs | varnoth coding, 2 threads | 1 thread | seqinr kaks() | kaks / varnoth | yn00 | yn00 / varnoth | varnoth noncoding (six methods), 2 threads | 1 thread | ape JC69 | ape / varnoth |"
+echo "| --- | ---: | ---: | ---: | ---: | ---: | ---: | ---: | ---: | ---: | ---: | ---: |"
+seed=1
+for size in 20x1500 100x1500 400x1500 50x30000; do
+  n=${size%x*}
+  len=${size#*x}
+  phy="$work/a$n-$len.phy"
+  fasta="$work/a$n-$len.fasta"
+  "$build/make_alignment" "$n" "$len" 0.02 "$seed" "$phy" "$fasta"
+  seed=$((seed + 1))
+  c2=$(median_time "$varnoth" run "$phy" --threads 2 -o "$out")
+  c1=$(median_time "$varnoth" run "$phy" --threads 1 -o "$out")
+  n2=$(median_time "$varnoth" run "$phy" --noncoding --method all --threads 2 -o "$out")
+  n1=$(median_time "$varnoth" run "$phy" --noncoding --method all --threads 1 -o "$out")
+  kaks=- jc=- yn=-
+  [ $have_r = 1 ] && read -r kaks jc < <(Rscript "$work/r.R" "$fasta" "$rounds")
+  if [ $have_yn00 = 1 ]; then
+    mkdir -p "$work/yn"
+    printf 'seqfile = %s\noutfile = %s\nverbose = 0\nicode = 0\nweighting = 0\ncommonf3x4 = 0\n' \
+      "$phy" "$work/yn/out" >"$work/yn/yn00.ctl"
+    yn=$(cd "$work/yn" && once_time yn00 yn00.ctl)
+  fi
+  echo "| $n x $len | $((n * (n - 1) / 2)) | $(seconds "$c2") | $(seconds "$c1") | $(seconds "$kaks") | $(ratio "$kaks" "$c2") | $(seconds "$yn") | $(ratio "$yn" "$c2") | $(seconds "$n2") | $(seconds "$n1") | $(seconds "$jc") | $(ratio "$jc" "$n2") |"
+done
+
+"$build/make_alignment" 2000 1500 0.02 9 "$work/big.phy" "$work/big.fasta"
+big2=$(once_time "$varnoth" run "$work/big.phy" --threads 2 -o "$out")
+big1=$(once_time "$varnoth" run "$work/big.phy" --threads 1 -o "$out")
+/usr/bin/time -v "$varnoth" run "$work/big.phy" --threads 2 -o "$out" 2>"$work/time.txt" >/dev/null
+peak=$(awk -F: '/Maximum resident set size/ { printf "%.0f", $2 / 1024 }' "$work/time.txt")
+echo
+echo "2000 x 1500 coding, 1999000 pairs, report to a file ($(du -m "$out" | cut -f1) MB): $big2 s on 2 threads, $big1 s on 1 ($(ratio "$big1" "$big2")); peak resident memory $peak MB"
