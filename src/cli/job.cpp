@@ -189,6 +189,8 @@ int run_alignment(const RunOptions& o, const Job& job, int threads, std::ostream
   std::optional<TableWriter> pair_table;
   divergence::RunSettings settings;
   settings.threads = threads;
+  // Only the matrix and the heat map read the stores.
+  settings.keep_stores = item.has_value();
   if (paths.report.empty()) {
     settings.report_sink = [&out](std::string_view text) { out << text; };
   } else {

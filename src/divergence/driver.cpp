@@ -283,6 +283,16 @@ class Run {
   void hand_on_pair(const Item& item, long n, const ItemResult& result);
   void after_item();
   void write_last_pair_line();
+  // The stores' row of comparison n, or a row that is written over where the
+  // run keeps no stores.
+  ComparisonRow& store_row(long n) {
+    auto& store = rec_.results.ComparisonStore;
+    return settings_.keep_stores ? store[static_cast<std::size_t>(n)] : spare_row_;
+  }
+  PairStoreRow& pair_row(long n) {
+    auto& store = rec_.results.PairStore;
+    return settings_.keep_stores ? store[static_cast<std::size_t>(n)] : spare_pair_row_;
+  }
   void flush(bool last);
   void finish();
 
@@ -315,6 +325,8 @@ class Run {
   std::size_t report_flushed_ = 0;
   std::string failure_message_;
   std::string pair_count_text_;  // " of" & PairCount, for the progress text
+  ComparisonRow spare_row_{};
+  PairStoreRow spare_pair_row_{};
   // The last pair of a Kimura run, for LastPairLine, written when the run ends.
   struct LastPair {
     bool set = false;
@@ -493,11 +505,11 @@ bool Run::prepare() {
   if (seq.PairCount < 3) f.MatrixBoton.visible = false;
   const auto rows = static_cast<std::size_t>(std::max(0.0, std::floor(seq.PairCount))) + 1;
   // The stores take most of a large run's memory.
-  assign_large(res.ComparisonStore, rows, ComparisonRow{});
+  assign_large(res.ComparisonStore, settings_.keep_stores ? rows : 1, ComparisonRow{});
   res.StopCodonFlag = 0;
   coding_ = m.Coding.checked;
   window_ = region.WindowMode == 1;
-  assign_large(res.PairStore, coding_ ? rows : 2, PairStoreRow{});
+  assign_large(res.PairStore, coding_ && settings_.keep_stores ? rows : 2, PairStoreRow{});
   seq.SeqCount = seq.SeqCountCopy;
   f.Boto1.visible = true;
   f.Boto2.visible = true;
@@ -573,7 +585,6 @@ bool Run::prepare() {
 }
 
 void Run::settle_noncoding(long n, ItemResult& r) {
-  RunResults& res = rec_.results;
   const NoncodingEstimates e = apply_carry(noncoding_carry_, r.noncoding);
   noncoding_carry_ = carry_of(e);
   last_noncoding_ = e;
@@ -581,7 +592,7 @@ void Run::settle_noncoding(long n, ItemResult& r) {
   const NoncodingNotApplicable na = not_applicable(e);
   r.noncoding_values = e;
   r.noncoding_na = na;
-  ComparisonRow& row = res.ComparisonStore[static_cast<std::size_t>(n)];
+  ComparisonRow& row = store_row(n);
   row[1] = {e.k_jukes_cantor, na.jukes_cantor};
   row[2] = {e.k_kimura, na.kimura};
   row[3] = {e.kimura_a, na.kimura};
@@ -604,7 +615,7 @@ void Run::settle_coding(const Item& item, long n, ItemResult& r) {
   res.handed_on = {h.ks, h.ka, h.ks_method, h.ka_method, h.as,  h.bs,
                    h.aa, h.ba, e.ses,       e.nes,       r.changes.PairGCContent};
   if (!jc) {
-    ComparisonRow& row = res.ComparisonStore[static_cast<std::size_t>(n)];
+    ComparisonRow& row = store_row(n);
     const bool ks_jc = !e.ks_jc_note.empty(), ka_jc = !e.ka_jc_note.empty();
     const bool ks_k = !e.ks_kimura_note.empty(), ka_k = !e.ka_kimura_note.empty();
     row[1] = {e.ks_jc, ks_jc};
@@ -621,7 +632,7 @@ void Run::settle_coding(const Item& item, long n, ItemResult& r) {
   const float syn_sites = c.Sites[1] + c.Sites[2] + c.Sites[3];
   const float g = c.SitesG[1] + c.SitesG[2] + c.SitesG[3];
   const float cc = c.SitesC[1] + c.SitesC[2] + c.SitesC[3];
-  res.PairStore[static_cast<std::size_t>(n)] = {0,         static_cast<double>(h.ks_method),
+  pair_row(n) = {0,         static_cast<double>(h.ks_method),
                                                 static_cast<double>(h.ka_method),
                                                 h.ks,      h.ka,
                                                 syn_sites, g,

@@ -44,6 +44,10 @@ struct RunSettings {
   // Where set, called in pair (and window) order after each comparison or
   // window is written, on the thread that called run_divergence.
   std::function<void(const PairValues&)> pair_sink;
+  // False where nothing will read ComparisonStore and PairStore after the run
+  // (no matrix, no heat map, no simulation): they are left with row 0 only,
+  // which saves most of a large run's memory.
+  bool keep_stores = true;
 };
 
 // The `Divergence` command. Reads the options from the menu and the record and

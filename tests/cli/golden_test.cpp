@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "cli/commands.h"
+#include "support/cli_runner.h"
 #include "support/paths.h"
 
 namespace {
@@ -49,17 +50,14 @@ class GoldenRun : public ::testing::TestWithParam<Golden> {};
 void check_golden(const Golden& g, const char* threads) {
   const std::string dir = std::string("tests/golden/") + g.folder + "/";
   const std::string scratch = scratch_dir();
-  std::vector<std::string> args = {"varnoth", "run", source_path(dir + g.input), "--threads",
+  std::vector<std::string> args = {"run", source_path(dir + g.input), "--threads",
                                    threads};
   args.insert(args.end(), g.flags.begin(), g.flags.end());
   if (g.table) args.insert(args.end(), {"--win", scratch + "/golden.win"});
   if (g.matrix) args.insert(args.end(), {"--matrix", g.matrix, "-m", scratch + "/golden.dis"});
-  std::vector<char*> argv;
-  for (auto& a : args) argv.push_back(a.data());
-  std::ostringstream out, err;
-  ASSERT_EQ(varnoth::cli::run(static_cast<int>(argv.size()), argv.data(), out, err), 0)
-      << err.str();
-  EXPECT_EQ(out.str(), read_file(source_path(dir + g.report)));
+  const auto r = varnoth::testing::run_cli(std::move(args));
+  ASSERT_EQ(r.code, 0) << r.err;
+  EXPECT_EQ(r.out, read_file(source_path(dir + g.report)));
   if (g.table) {
     EXPECT_EQ(read_file(scratch + "/golden.win"), read_file(source_path(dir + g.table)));
   }

@@ -10,6 +10,7 @@
 
 #include "cli/commands.h"
 #include "reports/pair_table.h"
+#include "support/cli_runner.h"
 #include "support/paths.h"
 #include "text/number_format.h"
 
@@ -66,14 +67,11 @@ std::vector<Row> read_table(const std::string& text,
 
 std::string run_table(std::vector<std::string> args, std::string& report) {
   const std::string dir = scratch_dir();
-  args.insert(args.begin(), {"varnoth", "run"});
+  args.insert(args.begin(), "run");
   args.insert(args.end(), {"--tsv", dir + "/t.tsv"});
-  std::vector<char*> argv;
-  for (auto& a : args) argv.push_back(a.data());
-  std::ostringstream out, err;
-  EXPECT_EQ(varnoth::cli::run(static_cast<int>(argv.size()), argv.data(), out, err), 0)
-      << err.str();
-  report = out.str();
+  const auto r = varnoth::testing::run_cli(std::move(args));
+  EXPECT_EQ(r.code, 0) << r.err;
+  report = r.out;
   return read_file(dir + "/t.tsv");
 }
 

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "cli/commands.h"
+#include "support/cli_runner.h"
 #include "support/paths.h"
 
 namespace {
@@ -24,12 +25,8 @@ bool in_ci() {
 
 // The table of one alignment as `varnoth run FILE --method jc --tsv` writes it.
 std::string direct_table(const std::string& input, const std::string& path) {
-  std::vector<std::string> args = {"varnoth", "run", input, "--method", "jc", "--tsv", path};
-  std::vector<char*> argv;
-  for (auto& a : args) argv.push_back(a.data());
-  std::ostringstream out, err;
-  EXPECT_EQ(varnoth::cli::run(static_cast<int>(argv.size()), argv.data(), out, err), 0)
-      << err.str();
+  const auto r = varnoth::testing::run_cli({"run", input, "--method", "jc", "--tsv", path});
+  EXPECT_EQ(r.code, 0) << r.err;
   return read_file(path);
 }
 

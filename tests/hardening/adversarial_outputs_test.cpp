@@ -11,6 +11,7 @@
 
 #include "../../fuzz/fuzz_support.h"
 #include "cli/commands.h"
+#include "support/cli_runner.h"
 #include "support/paths.h"
 
 namespace varnoth::testing {
@@ -64,19 +65,8 @@ std::string mega_text(const Alignment& a) {
   return text;
 }
 
-struct Cli {
-  int code;
-  std::string out, err;
-};
-
-Cli cli(std::vector<std::string> args) {
-  args.insert(args.begin(), "varnoth");
-  std::vector<char*> argv;
-  for (auto& a : args) argv.push_back(a.data());
-  std::ostringstream o, e;
-  const int code = cli::run(static_cast<int>(argv.size()), argv.data(), o, e);
-  return {code, o.str(), e.str()};
-}
+using Cli = CliResult;
+Cli cli(std::vector<std::string> args) { return run_cli(std::move(args)); }
 
 class Outputs {
  public:

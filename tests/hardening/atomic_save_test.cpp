@@ -16,12 +16,12 @@
 #include <string>
 #include <vector>
 
-#include "cli/commands.h"
 #include "divergence/driver.h"
 #include "input/sequence_file.h"
 #include "reports/matrix.h"
 #include "reports/saving.h"
 #include "state/options.h"
+#include "support/cli_runner.h"
 #include "support/fake_platform.h"
 #include "support/paths.h"
 
@@ -131,19 +131,8 @@ TEST(AtomicSave, FolderThatRefusesNewFilesKeepsTheOldFile) {
   EXPECT_EQ(read_file(path), kOld);
 }
 
-struct Cli {
-  int code;
-  std::string out, err;
-};
-
-Cli cli(std::vector<std::string> args) {
-  args.insert(args.begin(), "varnoth");
-  std::vector<char*> argv;
-  for (auto& a : args) argv.push_back(a.data());
-  std::ostringstream o, e;
-  const int code = cli::run(static_cast<int>(argv.size()), argv.data(), o, e);
-  return {code, o.str(), e.str()};
-}
+using Cli = CliResult;
+Cli cli(std::vector<std::string> args) { return run_cli(std::move(args)); }
 
 TEST(CommandLine, AFailedWriteExitsOneAndNamesThePath) {
   const std::string dir = fresh_folder("cli");
