@@ -14,16 +14,32 @@
 
 namespace varnoth::divergence {
 
+// Waits a little for `ready` by polling before the caller blocks: in a
+// virtual machine waking a sleeping thread takes far longer than a block of
+// pairs does, and the calls of a run follow each other closely.
+template <typename Ready>
+bool poll_for(Ready&& ready) {
+  for (int i = 0; i < 4096; ++i) {
+    if (ready()) return true;
+#if defined(__x86_64__) || defined(__i386__)
+    __builtin_ia32_pause();
+#endif
+    // More threads than cores: let the others run.
+    if (i % 64 == 63) std::this_thread::yield();
+  }
+  return ready();
+}
+
 // Workers 1..threads-1 wait for a call; the calling thread is worker 0.
 struct ParallelContext::Pool {
   std::mutex mutex;
   std::condition_variable start, done;
   std::vector<std::thread> workers;
-  std::uint64_t generation = 0;  // one more for every call
-  int running = 0;               // workers still in the current call
-  bool stop = false;
+  std::atomic<std::uint64_t> generation{0};  // one more for every call
+  std::atomic<int> running{0};               // workers still in the current call
+  std::atomic<bool> stop{false};
 
-  // The current call.
+  // The current call, set before `generation` moves on.
   std::size_t n = 0, chunk = 1;
   std::atomic<std::size_t> next{0};
   const std::function<void(std::size_t, int)>* fn = nullptr;
@@ -39,22 +55,29 @@ struct ParallelContext::Pool {
 
   void serve(int worker) {
     std::uint64_t seen = 0;
-    std::unique_lock lock(mutex);
+    const auto called = [&] {
+      return stop.load(std::memory_order_acquire) ||
+             generation.load(std::memory_order_acquire) != seen;
+    };
     while (true) {
-      start.wait(lock, [&] { return stop || generation != seen; });
-      if (stop) return;
-      seen = generation;
-      lock.unlock();
+      if (!poll_for(called)) {
+        std::unique_lock lock(mutex);
+        start.wait(lock, called);
+      }
+      if (stop.load(std::memory_order_acquire)) return;
+      seen = generation.load(std::memory_order_acquire);
       work(worker);
-      lock.lock();
-      if (--running == 0) done.notify_one();
+      if (running.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+        std::lock_guard lock(mutex);
+        done.notify_one();
+      }
     }
   }
 
   ~Pool() {
     {
       std::lock_guard lock(mutex);
-      stop = true;
+      stop.store(true, std::memory_order_release);
     }
     start.notify_all();
     for (auto& t : workers) t.join();
@@ -84,21 +107,25 @@ void ParallelContext::for_each(std::size_t n, const std::function<void(std::size
     for (int w = 1; w < threads_; ++w) pool_->workers.emplace_back([p = pool_.get(), w] { p->serve(w); });
   }
   Pool& pool = *pool_;
+  // No worker is in a call here: the last call returned only when all were done.
+  pool.n = n;
+  // Small chunks taken in turn keep the workers busy when items differ in cost.
+  pool.chunk = std::max<std::size_t>(1, n / (static_cast<std::size_t>(threads_) * 8));
+  pool.next.store(0, std::memory_order_relaxed);
+  pool.fn = &fn;
+  pool.running.store(threads_ - 1, std::memory_order_relaxed);
   {
     std::lock_guard lock(pool.mutex);
-    pool.n = n;
-    // Small chunks taken in turn keep the workers busy when items differ in cost.
-    pool.chunk = std::max<std::size_t>(1, n / (static_cast<std::size_t>(threads_) * 8));
-    pool.next = 0;
-    pool.fn = &fn;
-    pool.running = threads_ - 1;
-    ++pool.generation;
+    pool.generation.fetch_add(1, std::memory_order_release);
   }
   pool.start.notify_all();
   if (first) first();
   pool.work(0);
-  std::unique_lock lock(pool.mutex);
-  pool.done.wait(lock, [&] { return pool.running == 0; });
+  const auto finished = [&] { return pool.running.load(std::memory_order_acquire) == 0; };
+  if (!poll_for(finished)) {
+    std::unique_lock lock(pool.mutex);
+    pool.done.wait(lock, finished);
+  }
 }
 
 void advise_huge_pages(const void* data, std::size_t bytes) {
