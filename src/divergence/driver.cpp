@@ -57,6 +57,11 @@ struct ItemResult {
   // pass writes before the item (the positions block, the window names), then
   // the item's lines.
   std::string report, table;
+  // The item's lines written ahead, on the thread that computed it, where they
+  // cannot depend on the pairs before it (nothing taken from the carry); the
+  // ordered pass drops them where they turn out not to stand.
+  bool prewritten = false;
+  std::string own_report, own_table;
 };
 
 struct Scratch {
@@ -279,6 +284,9 @@ class Run {
   void settle_noncoding(long n, ItemResult& result);
   void settle_coding(const Item& item, long n, ItemResult& result);
   void write_item(const Item& item, ItemResult& result) const;
+  void write_lines(const Item& item, ItemResult& r, long number, std::string& report,
+                   std::string& table) const;
+  void prewrite(const Item& item, ItemResult& result) const;
   void append_texts(const std::vector<ItemResult>& results, std::size_t count);
   void hand_on_pair(const Item& item, long n, const ItemResult& result);
   void after_item();
@@ -645,24 +653,49 @@ void Run::settle_coding(const Item& item, long n, ItemResult& r) {
 // The item's own lines of the report and of the window table, from what the
 // ordered pass left: items are written apart, on any thread.
 void Run::write_item(const Item& item, ItemResult& r) const {
-  if (!r.written) return;
+  if (!r.written || r.prewritten) return;
+  write_lines(item, r, r.number, r.report, r.table);
+}
+
+void Run::write_lines(const Item& item, ItemResult& r, long number, std::string& report,
+                      std::string& table) const {
   const reports::WindowPlace* w = window_ ? &item.window : nullptr;
-  reports::ComparisonPlace place{r.number, rec_.seq.SeqNames[static_cast<std::size_t>(item.a - 1)],
+  reports::ComparisonPlace place{number, rec_.seq.SeqNames[static_cast<std::size_t>(item.a - 1)],
                                  rec_.seq.SeqNames[static_cast<std::size_t>(item.b - 1)], w};
   if (r.kind == ItemResult::Kind::Empty) {
-    if (coding_) reports::append_coding_empty(r.report, run_, place, r.count);
-    else reports::append_noncoding_empty(r.report, run_, place, r.count);
+    if (coding_) reports::append_coding_empty(report, run_, place, r.count);
+    else reports::append_noncoding_empty(report, run_, place, r.count);
     return;
   }
   if (coding_) {
-    reports::append_coding_comparison(r.report, run_, place, r.count, r.classes, r.coding_values);
-    if (w != nullptr) reports::append_coding_window_row(r.table, run_, *w, r.coding_values);
+    reports::append_coding_comparison(report, run_, place, r.count, r.classes, r.coding_values);
+    if (w != nullptr) reports::append_coding_window_row(table, run_, *w, r.coding_values);
   } else {
-    reports::append_noncoding_comparison(r.report, run_, place, r.count, r.noncoding_values,
+    reports::append_noncoding_comparison(report, run_, place, r.count, r.noncoding_values,
                                          r.noncoding_na);
     if (w != nullptr)
-      reports::append_noncoding_window_row(r.table, run_, *w, r.noncoding_values, r.noncoding_na);
+      reports::append_noncoding_window_row(table, run_, *w, r.noncoding_values, r.noncoding_na);
   }
+}
+
+// Writes the lines of a computed item that takes nothing from the carry, as
+// the ordered pass would settle it under its own comparison number: most
+// items are then written where they were computed, in the same pass.
+void Run::prewrite(const Item& item, ItemResult& r) const {
+  r.prewritten = false;
+  r.own_report.clear();
+  r.own_table.clear();
+  if (r.kind != ItemResult::Kind::Done) return;
+  if (coding_) {
+    if (!r.coding.effective_sites_written) return;
+    r.coding_values = r.coding.values;
+  } else {
+    if (!r.noncoding.kimura_ab_written || !r.noncoding.tajima_1p_4p_written) return;
+    r.noncoding_values = r.noncoding.values;
+    r.noncoding_na = not_applicable(r.noncoding_values);
+  }
+  write_lines(item, r, item.n, r.own_report, r.own_table);
+  r.prewritten = true;
 }
 
 // Hands the values of the item just written to the pair sink; S.E.S., N.E.S.
@@ -770,6 +803,8 @@ Run::Settled Run::settle(const Item& item, ItemResult& r) {
   }
   r.written = true;
   r.number = n;
+  // The lines written ahead stand only under the number they were written with.
+  if (r.prewritten && (r.kind != ItemResult::Kind::Done || n != item.n)) r.prewritten = false;
   if (settings_.pair_sink) hand_on_pair(item, n, r);
   return Settled::Written;
 }
@@ -779,9 +814,14 @@ Run::Settled Run::settle(const Item& item, ItemResult& r) {
 void Run::append_texts(const std::vector<ItemResult>& results, std::size_t count) {
   RunResults& res = rec_.results;
   for (std::size_t i = 0; i < count; ++i) {
-    res.ReportText += results[i].report;
-    res.WindowDataText += results[i].table;
-    if (results[i].written) after_item();
+    const ItemResult& r = results[i];
+    res.ReportText += r.report;
+    res.WindowDataText += r.table;
+    if (r.written && r.prewritten) {
+      res.ReportText += r.own_report;
+      res.WindowDataText += r.own_table;
+    }
+    if (r.written) after_item();
   }
 }
 
@@ -840,6 +880,7 @@ bool Run::execute() {
                        b->results[i]);
       else
         compute_noncoding(filtered_, tables_, item, b->results[i]);
+      prewrite(item, b->results[i]);
     };
   };
   // Two blocks in turn: while the workers compute the next block, this thread
@@ -847,6 +888,8 @@ bool Run::execute() {
   // which depend on nothing but their items' own values, are written in
   // parallel after.
   Block blocks[2];
+  std::vector<std::size_t> pending;
+  pending.reserve(kBlock);
   Block* current = &blocks[0];
   Block* next = &blocks[1];
   gather(*current);
@@ -860,7 +903,13 @@ bool Run::execute() {
       last = settle_block(*current);
     });
     Block& b = *current;
-    parallel_.for_each(b.settled, [&](std::size_t i, int) { write_item(b.items[i], b.results[i]); });
+    // The items whose lines were not written ahead, written apart.
+    pending.clear();
+    for (std::size_t i = 0; i < b.settled; ++i)
+      if (b.results[i].written && !b.results[i].prewritten) pending.push_back(i);
+    parallel_.for_each(pending.size(), [&](std::size_t k, int) {
+      write_item(b.items[pending[k]], b.results[pending[k]]);
+    });
     append_texts(b.results, b.settled + (last == Settled::Failure ? 1 : 0));
     if (last == Settled::Failure) {
       failure(failure_message_);
