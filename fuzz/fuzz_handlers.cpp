@@ -39,6 +39,13 @@ bool reachable(const Menu& menu, std::string_view name) {
   return true;
 }
 
+// The window boxes as the program fills them (their defaults, or the whole
+// sequence); what the user types there is the user's own text.
+void check_window_boxes(const AnalysisRecord& rec) {
+  check_finite_text(rec.form.TextWinSize.text + rec.form.TextMovement.text,
+                    "the window boxes show a number that is not finite");
+}
+
 void check_state(const AnalysisRecord& rec) {
   const Menu& m = rec.menu;
   check(m.Coding.checked != m.Noncoding.checked, "coding and noncoding both or neither checked");
@@ -55,8 +62,6 @@ void check_state(const AnalysisRecord& rec) {
   check_finite_text(rec.region.CodingWindowText, "a window line shows a number that is not finite");
   check_finite_text(rec.region.NoncodingWindowText,
                     "a window line shows a number that is not finite");
-  check_finite_text(rec.form.TextWinSize.text + rec.form.TextMovement.text,
-                    "the window boxes show a number that is not finite");
   const RegionFields& r = rec.region;
   if (r.RegionMode == 1) {
     const double first = text::read_number(r.RegionFirst), last = text::read_number(r.RegionLast);
@@ -140,7 +145,10 @@ int one_input(const std::uint8_t* data, std::size_t size) {
         if (f.SSTab5.visible) cancel_weight(rec);
         break;
       case 11:
-        if (reachable(m, "Sliding_Window")) open_sliding_windows(rec);
+        if (reachable(m, "Sliding_Window")) {
+          open_sliding_windows(rec);
+          check_window_boxes(rec);
+        }
         break;
       case 12:
         if (!f.SSTab4.visible) break;
@@ -149,7 +157,10 @@ int one_input(const std::uint8_t* data, std::size_t size) {
         if (in.flag()) accept_sliding_windows(rec, platform);
         break;
       case 13:
-        if (f.SSTab4.visible) whole_sliding_windows(rec);
+        if (f.SSTab4.visible) {
+          whole_sliding_windows(rec);
+          check_window_boxes(rec);
+        }
         break;
       case 14:
         if (f.SSTab4.visible) cancel_sliding_windows(rec);
