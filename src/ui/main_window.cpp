@@ -501,19 +501,14 @@ void MainWindow::build_region_dialog() {
 }
 
 void MainWindow::bind(QWidget* widget, Control& control, Kind kind) {
-  bindings_.push_back({widget, &control, kind, QString()});
+  bindings_.bind(widget, control, kind);
 }
 
 // ---------------------------------------------------------------------------
 // Record <-> widgets.
 
 void MainWindow::pull() {
-  for (Binding& b : bindings_) {
-    if (b.kind == Kind::Entry)
-      b.control->text = to_std(static_cast<QLineEdit*>(b.widget)->text());
-    else if (b.kind == Kind::Option)
-      b.control->value = static_cast<QRadioButton*>(b.widget)->isChecked();
-  }
+  bindings_.pull();
   rec_.form.SSTab1Page = panes_->currentIndex();
   rec_.form.Combo1.text = to_std(combo_->currentText());
 }
@@ -535,55 +530,11 @@ void MainWindow::push_menus() {
   }
 }
 
-void MainWindow::push_bindings() {
-  for (Binding& b : bindings_) {
-    const Control& c = *b.control;
-    switch (b.kind) {
-      case Kind::Panel: break;
-      case Kind::Tabs: {
-        auto* tabs = static_cast<QTabWidget*>(b.widget);
-        tabs->setTabText(0, to_qstring(c.text));
-        break;
-      }
-      case Kind::Label: static_cast<QLabel*>(b.widget)->setText(to_qstring(c.text)); break;
-      case Kind::Button:
-        static_cast<QPushButton*>(b.widget)->setText(to_qstring(c.text));
-        break;
-      case Kind::Entry:
-      case Kind::Progress: {
-        auto* edit = static_cast<QLineEdit*>(b.widget);
-        const QString text = to_qstring(c.text);
-        if (edit->text() != text) edit->setText(text);
-        break;
-      }
-      case Kind::Pane: {
-        const QString text = display_text(c.text);
-        if (text != b.shown) {
-          static_cast<QPlainTextEdit*>(b.widget)->setPlainText(text);
-          b.shown = text;
-        }
-        break;
-      }
-      case Kind::Option: {
-        auto* option = static_cast<QRadioButton*>(b.widget);
-        option->setText(to_qstring(c.text));
-        // Set each button as the record says, even where that leaves none chosen.
-        option->setAutoExclusive(false);
-        option->setChecked(c.value);
-        option->setAutoExclusive(true);
-        break;
-      }
-    }
-    b.widget->setEnabled(c.enabled);
-    b.widget->setVisible(c.visible);
-  }
-}
-
 void MainWindow::sync() {
   Form& f = rec_.form;
   setWindowTitle(to_qstring(f.Form1.text));
   push_menus();
-  push_bindings();
+  bindings_.push();
   if (panes_->currentIndex() != f.SSTab1Page) panes_->setCurrentIndex(f.SSTab1Page);
 
   const ComboBox& combo = f.Combo1;

@@ -19,6 +19,7 @@
 #include "state/platform.h"
 #include "state/record.h"
 #include "ui/actions.h"
+#include "ui/control_bindings.h"
 
 class QAction;
 class QComboBox;
@@ -70,13 +71,7 @@ class MainWindow : public QMainWindow, public WindowCommands {
   void closeEvent(QCloseEvent* event) override;
 
  private:
-  enum class Kind { Panel, Tabs, Label, Button, Entry, Pane, Progress, Option };
-  struct Binding {
-    QWidget* widget;
-    Control* control;
-    Kind kind;
-    QString shown;  // the last text written to a pane, to skip unchanged ones
-  };
+  using Kind = ControlBindings::Kind;
 
   void build_menus();
   QWidget* build_title_page();
@@ -92,7 +87,6 @@ class MainWindow : public QMainWindow, public WindowCommands {
   QWidget* build_heat_map_panel();
   void pull();
   void push_menus();
-  void push_bindings();
   // The pictures follow the record: the window plot its window table, the heat
   // map the matrix page's choice.
   void refresh_window_plot();
@@ -108,7 +102,7 @@ class MainWindow : public QMainWindow, public WindowCommands {
 
   std::vector<QAction*> actions_;  // one per menu entry, in tree order
   std::vector<QMenu*> menus_;      // the submenu of an entry, or null
-  std::vector<Binding> bindings_;
+  ControlBindings bindings_;
   std::vector<QWidget*> stacked_;  // the overlaid pages, bottom first
 
   QTabWidget* panes_ = nullptr;  // SSTab1

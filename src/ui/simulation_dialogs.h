@@ -16,6 +16,7 @@
 #include "state/menu.h"
 #include "state/platform.h"
 #include "state/record.h"
+#include "ui/control_bindings.h"
 
 class QComboBox;
 class QLabel;
@@ -31,39 +32,6 @@ class KsKaWindow;
 class MainWindow;
 class RRtestWindow;
 class WindowCommands;
-
-// Controls of a dialog bound to their widgets: pull() copies what the user typed
-// or ticked into the controls, push() shows the controls.
-class ControlBindings {
- public:
-  enum class Kind {
-    Label,     // QLabel: caption
-    Button,    // QPushButton: caption
-    Toggle,    // checkable QPushButton: caption, value
-    Entry,     // QLineEdit typed by the user
-    Progress,  // read-only QLineEdit
-    Pane,      // read-only QPlainTextEdit, fixed pitch
-    Check,     // QCheckBox: caption, value
-    Option,    // QRadioButton: caption, value
-    Frame,     // QGroupBox: title
-  };
-
-  void bind(QWidget* widget, Control& control, Kind kind);
-  void pull();
-  void push();
-  // While a run goes on, every control the user could act on is disabled but
-  // `keep` (the Stop button).
-  void lock_all_but(const QWidget* keep);
-
- private:
-  struct Binding {
-    QWidget* widget;
-    Control* control;
-    Kind kind;
-    QString shown;  // the last text put in a pane, so unchanged ones are skipped
-  };
-  std::vector<Binding> bindings_;
-};
 
 // Fills a combo box from a ComboBox control without sending its change signal.
 void push_combo(QComboBox* widget, const ComboBox& combo);
