@@ -6,6 +6,7 @@
 #include <benchmark/benchmark.h>
 
 #include "divergence/driver.h"
+#include "divergence/site_classes.h"
 #include "state/options.h"
 
 namespace {
@@ -81,6 +82,52 @@ void run(benchmark::State& state, bool coding) {
   state.counters["report MB"] = static_cast<double>(bytes) / 1e6 / static_cast<double>(state.iterations());
 }
 
+// The placing of the changes of every pair alone, the core of a coding pair:
+// sequences as codon numbers, changed as load_random changes them.
+void Placing(benchmark::State& state) {
+  using namespace divergence;
+  const int sequences = static_cast<int>(state.range(0));
+  const auto codons = static_cast<std::size_t>(state.range(1));
+  const int percent = static_cast<int>(state.range(2));
+  const CodeTables& t = code_tables(GeneticCode::Universal);
+  std::mt19937 rng(1);
+  std::vector<Codon> ancestor(codons);
+  for (auto& c : ancestor) {
+    do c = static_cast<Codon>(rng() % 64);
+    while (t.translates_to_stop[c]);
+  }
+  std::vector<std::vector<Codon>> seqs;
+  std::vector<SequenceSites> sites;
+  for (int i = 0; i < sequences; ++i) {
+    auto s = ancestor;
+    for (auto& c : s) {
+      if (static_cast<int>(rng() % 100) >= percent) continue;
+      const int shift = 2 * static_cast<int>(rng() % 3);
+      const auto m = static_cast<Codon>((c & ~(3 << shift)) | ((rng() % 4) << shift));
+      if (!t.translates_to_stop[m]) c = m;
+    }
+    sites.push_back(sequence_sites(s, GeneticCode::Universal));
+    seqs.push_back(std::move(s));
+  }
+  const PairPlacingTable table(GeneticCode::Universal, 0.5f);
+  double sum = 0;
+  for (auto _ : state) {
+    for (int a = 0; a < sequences; ++a) {
+      for (int b = a + 1; b < sequences; ++b) {
+        ChangeAccountingResult changes;
+        const auto r = place_differing_codons(sites[static_cast<std::size_t>(a)], sites[static_cast<std::size_t>(b)],
+                                              seqs[static_cast<std::size_t>(a)], seqs[static_cast<std::size_t>(b)],
+                                              table, changes);
+        sum += r.ObsTS[0];
+      }
+    }
+  }
+  benchmark::DoNotOptimize(sum);
+  state.counters["pairs/s"] = benchmark::Counter(
+      sequences * (sequences - 1) / 2 * static_cast<double>(state.iterations()),
+      benchmark::Counter::kIsRate);
+}
+
 void Coding(benchmark::State& state) { run(state, true); }
 void Noncoding(benchmark::State& state) { run(state, false); }
 
@@ -89,6 +136,8 @@ void Noncoding(benchmark::State& state) { run(state, false); }
 // pairs about 5 % apart (low) and 45 % apart (high, many codons with two and
 // three differences); noncoding runs all six estimators. The runs on every core
 // show the parallel gain.
+// sequences, codons, percent of codons changed.
+BENCHMARK(Placing)->Args({100, 500, 8})->Args({100, 500, 60})->Unit(benchmark::kMillisecond);
 BENCHMARK(Coding)
     ->Args({100, 500, 1, 8})
     ->Args({100, 500, 1, 60})

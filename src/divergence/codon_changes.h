@@ -5,13 +5,14 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <span>
 
 #include "divergence/genetic_code.h"
 
 namespace varnoth::divergence {
 
-enum class ChangeStatus {
+enum class ChangeStatus : std::uint8_t {
   Complete,
   StopCodon,      // a codon translated in the walk is a stop codon
   NoOpenPathway,  // every pathway of a position runs through a stop codon

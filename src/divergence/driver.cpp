@@ -883,41 +883,56 @@ bool Run::execute() {
       prewrite(item, b->results[i]);
     };
   };
-  // Two blocks in turn: while the workers compute the next block, this thread
-  // hands on what the last one wrote and settles the current one. The texts,
-  // which depend on nothing but their items' own values, are written in
-  // parallel after.
-  Block blocks[2];
+  // Three blocks in turn: while the workers compute the next block, this
+  // thread settles the current one, writes and hands on its texts and gathers
+  // the one after next, so that little of the ordered work keeps the others
+  // waiting. Most items' lines were written where they were computed; the rest
+  // are written here, or apart on every thread when there are many.
+  constexpr std::size_t kWrittenInTurn = 32;
+  Block blocks[3];
   std::vector<std::size_t> pending;
   pending.reserve(kBlock);
   Block* current = &blocks[0];
   Block* next = &blocks[1];
+  Block* after = &blocks[2];
   gather(*current);
   parallel_.for_each(current->items.size(), compute(*current));
-  bool written_before = false;
+  gather(*next);
   while (!current->items.empty()) {
-    gather(*next);
     Settled last = Settled::Written;
+    bool texts_appended = false;
+    std::size_t texts = 0;
     parallel_.for_each(next->items.size(), compute(*next), [&] {
-      if (written_before) flush(false);
-      last = settle_block(*current);
+      Block& b = *current;
+      last = settle_block(b);
+      texts = b.settled + (last == Settled::Failure ? 1 : 0);
+      pending.clear();
+      for (std::size_t i = 0; i < b.settled; ++i)
+        if (b.results[i].written && !b.results[i].prewritten) pending.push_back(i);
+      if (pending.size() <= kWrittenInTurn) {
+        for (const std::size_t i : pending) write_item(b.items[i], b.results[i]);
+        append_texts(b.results, texts);
+        texts_appended = true;
+        if (last == Settled::Written) flush(false);
+      }
+      if (last == Settled::Written) gather(*after);
     });
-    Block& b = *current;
-    // The items whose lines were not written ahead, written apart.
-    pending.clear();
-    for (std::size_t i = 0; i < b.settled; ++i)
-      if (b.results[i].written && !b.results[i].prewritten) pending.push_back(i);
-    parallel_.for_each(pending.size(), [&](std::size_t k, int) {
-      write_item(b.items[pending[k]], b.results[pending[k]]);
-    });
-    append_texts(b.results, b.settled + (last == Settled::Failure ? 1 : 0));
+    if (!texts_appended) {
+      Block& b = *current;
+      parallel_.for_each(pending.size(), [&](std::size_t k, int) {
+        write_item(b.items[pending[k]], b.results[pending[k]]);
+      });
+      append_texts(b.results, texts);
+    }
     if (last == Settled::Failure) {
       failure(failure_message_);
       return false;
     }
     if (last == Settled::End) break;
-    written_before = true;
-    std::swap(current, next);
+    Block* done = current;
+    current = next;
+    next = after;
+    after = done;
   }
   if (window_) {
     rec_.region.RegionFirst = text::plain(region_first_);

@@ -88,21 +88,26 @@ struct PositionPlacing {
   bool transition = false;
 };
 
+// The placing of one ordered pair of codons: its status and where its
+// positions with a share (in position order) lie among the table's positions.
 struct PairPlacing {
+  std::uint16_t first = 0;
+  std::uint8_t count = 0;
   ChangeStatus status = ChangeStatus::Complete;
-  int count = 0;  // positions with a share, in position order
-  PositionPlacing positions[3] = {};
 };
 
 class PairPlacingTable {
  public:
   PairPlacingTable(GeneticCode code, float pathway_weight);
   const PairPlacing& operator()(Codon a, Codon b) const { return pairs_[64 * a + b]; }
+  const PositionPlacing& position(std::size_t index) const { return positions_[index]; }
   GeneticCode code() const { return code_; }
 
  private:
   GeneticCode code_;
-  std::vector<PairPlacing> pairs_;
+  // Small enough to stay in the fastest cache: 4 bytes a pair.
+  std::array<PairPlacing, 64 * 64> pairs_{};
+  std::vector<PositionPlacing> positions_;
 };
 
 // account_codon_changes then account_site_classes of a pair whose sequences
