@@ -19,6 +19,9 @@ void prepare_memory() {
   // The heap grows 64 MB at a time and is not given back piecemeal.
   if (mallopt(M_TOP_PAD, static_cast<int>(kStep)) == 0) return;
   mallopt(M_TRIM_THRESHOLD, static_cast<int>(2 * kStep));
+  // Blocks up to half a step come from the heap too, not from fresh mappings
+  // of their own.
+  mallopt(M_MMAP_THRESHOLD, static_cast<int>(kStep / 2));
   // One block from the heap makes it grow now; the whole stretch behind it is
   // then marked for huge pages.
   void* probe = std::malloc(64 << 10);

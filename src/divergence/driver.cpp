@@ -12,7 +12,6 @@
 #include "divergence/alignment_filter.h"
 #include "divergence/codon_changes.h"
 #include "divergence/coding_estimators.h"
-#include "divergence/differences.h"
 #include "divergence/genetic_code.h"
 #include "divergence/noncoding_estimators.h"
 #include "divergence/parallel.h"

@@ -53,10 +53,13 @@ InputStatus clean_alignment(SequenceData& seq, long cell_count) {
   // if every sequence has a valid letter there.
   // Bits 0-2 of a cell's mark: that place holds an invalid letter somewhere.
   std::vector<unsigned char> invalid(cells, 0);
-  for (const auto& row : seq.SeqCodons)
+  for (const auto& row : seq.SeqCodons) {
+    const CodonCell* cell = row.data();
     for (size_t c = 0; c < cells; ++c)
-      for (size_t k = 0; k < 3; ++k)
-        if (valid_upper(row[c][k]) == 0) invalid[c] |= static_cast<unsigned char>(1u << k);
+      invalid[c] |= static_cast<unsigned char>((valid_upper(cell[c][0]) == 0) |
+                                               (valid_upper(cell[c][1]) == 0) << 1 |
+                                               (valid_upper(cell[c][2]) == 0) << 2);
+  }
   long codons = 0, sites = 0;
   for (unsigned char mark : invalid) {
     if (mark == 0) ++codons;
@@ -67,18 +70,27 @@ InputStatus clean_alignment(SequenceData& seq, long cell_count) {
   seq.CleanCodons.assign(rows, {});
   seq.CleanSites.assign(rows, {});
   for (size_t i = 0; i < rows; ++i) {
-    const auto& row = seq.SeqCodons[i];
+    const CodonCell* cell = seq.SeqCodons[i].data();
     auto& clean_codons = seq.CleanCodons[i];
     auto& clean_sites = seq.CleanSites[i];
-    clean_codons.reserve(static_cast<size_t>(codons));
-    clean_sites.reserve(static_cast<size_t>(sites));
+    clean_codons.resize(static_cast<size_t>(codons));
+    clean_sites.resize(static_cast<size_t>(sites));
+    CodonCell* codon = clean_codons.data();
+    char* site = clean_sites.data();
     for (size_t c = 0; c < cells; ++c) {
-      const CodonCell& cell = row[c];
-      if (invalid[c] == 0)
-        clean_codons.push_back(
-            CodonCell{valid_upper(cell[0]), valid_upper(cell[1]), valid_upper(cell[2])});
+      const CodonCell upper{valid_upper(cell[c][0]), valid_upper(cell[c][1]),
+                            valid_upper(cell[c][2])};
+      const unsigned mark = invalid[c];
+      if (mark == 0) {
+        *codon++ = upper;
+        site[0] = upper[0];
+        site[1] = upper[1];
+        site[2] = upper[2];
+        site += 3;
+        continue;
+      }
       for (size_t k = 0; k < 3; ++k)
-        if ((invalid[c] >> k & 1u) == 0) clean_sites.push_back(valid_upper(cell[k]));
+        if ((mark >> k & 1u) == 0) *site++ = upper[k];
     }
   }
   seq.CodonCount = codons;

@@ -1,5 +1,6 @@
 #include "input/codon_cutting.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "input/line_list.h"
@@ -18,7 +19,24 @@ bool CodonCutter::store(const char* letters, int count) {
 
 bool CodonCutter::add(std::string_view data) {
   last_letters_ = carried_;
-  for (char c : data) {
+  const char* p = data.data();
+  const char* const end = p + data.size();
+  while (p != end) {
+    // Whole cells straight from the line while three letters follow in a row.
+    if (carried_ == 0) {
+      while (end - p >= 3 && !is_blank(p[0]) && !is_blank(p[1]) && !is_blank(p[2])) {
+        last_letters_ += 3;
+        if (!store(p, 3)) {
+          // As the letter-by-letter way leaves it: the three letters carried.
+          std::copy(p, p + 3, carry_);
+          carried_ = 3;
+          return false;
+        }
+        p += 3;
+      }
+      if (p == end) break;
+    }
+    const char c = *p++;
     if (is_blank(c)) continue;
     ++last_letters_;
     carry_[carried_++] = c;

@@ -38,15 +38,22 @@ InputStatus read_whole_file(const std::string& path, std::string& bytes) {
   if (!in) return input_failure(InputProblem::CannotOpen);
   const auto size = std::filesystem::file_size(path, error);
   if (!error && size > kMaxFileBytes) return input_failure(InputProblem::FileTooLarge);
-  if (!error) bytes.reserve(static_cast<std::size_t>(size));
-  char chunk[1 << 16];
-  while (in.read(chunk, sizeof chunk) || in.gcount() > 0) {
+  // Read straight into the buffer, a large chunk at a time; a file of known
+  // size takes one chunk (and one more read that finds its end).
+  std::size_t chunk = !error && size > 0 ? static_cast<std::size_t>(size) : std::size_t{1} << 16;
+  while (true) {
     const std::size_t from = bytes.size();
-    bytes.append(chunk, static_cast<std::size_t>(in.gcount()));
+    bytes.resize(from + chunk);
+    in.read(bytes.data() + from, static_cast<std::streamsize>(chunk));
+    const auto got = static_cast<std::size_t>(in.gcount());
+    bytes.resize(from + got);
+    if (got == 0) break;
     // Checked again here for files whose size is not known beforehand.
     if (bytes.size() > kMaxFileBytes) return input_failure(InputProblem::FileTooLarge);
     if (std::size_t at = find_non_text(bytes, from); at != std::string_view::npos)
       return not_text_at(bytes, at);
+    if (!in) break;
+    chunk = std::size_t{1} << 16;
   }
   if (in.bad()) return input_failure(InputProblem::CannotOpen);
   return {};
