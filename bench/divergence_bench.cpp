@@ -151,3 +151,20 @@ BENCHMARK(Noncoding)
     ->Unit(benchmark::kMillisecond);
 
 }  // namespace
+
+namespace {
+void PlacingTableBuild(benchmark::State& state) {
+  for (auto _ : state) {
+    divergence::PairPlacingTable table(GeneticCode::Universal, 0.5f);
+    benchmark::DoNotOptimize(&table);
+  }
+}
+BENCHMARK(PlacingTableBuild)->Unit(benchmark::kMillisecond);
+void CodonPairTableBuild(benchmark::State& state) {
+  for (auto _ : state) {
+    divergence::CodonPairTable table(GeneticCode::Universal, 0.5f);
+    benchmark::DoNotOptimize(&table);
+  }
+}
+BENCHMARK(CodonPairTableBuild)->Unit(benchmark::kMillisecond);
+}  // namespace

@@ -37,30 +37,34 @@ struct Item {
   ColumnRange columns;
 };
 
-// What the computation of an item leaves for the ordered pass.
+// What the computation of an item leaves for the ordered pass. Only the thread
+// that computes the item writes it and the ordered pass only reads it, so that
+// its memory crosses from one core to the other once.
 struct ItemResult {
   enum class Kind { Done, Empty, StopCodon, NoPathway } kind = Kind::Done;
   long count = 0;  // sites (noncoding) or codons compared (coding)
   NoncodingResult noncoding;
   ChangeAccountingResult changes;
-  SiteClassResult classes;
+  ClassTotals classes;
   CodingResult coding;
+  // The item's lines written ahead, on the thread that computed it, where they
+  // cannot depend on the pairs before it (nothing taken from the carry).
+  bool prewritten = false;
+  std::string own_report, own_table;
+};
 
-  // Left by the ordered pass for the writing of the item's text.
-  bool written = false;  // the item's own lines are to be written
-  long number = 0;       // comparison number as the report gives it
+// What the ordered pass leaves for the writing of an item's text.
+struct ItemSettled {
+  bool written = false;    // the item's own lines are to be written
+  bool own_lines = false;  // the lines written ahead stand
+  long number = 0;         // comparison number as the report gives it
   CodingEstimates coding_values;
   NoncodingEstimates noncoding_values;
   NoncodingNotApplicable noncoding_na;
   // The item's text of the report and of the window table: what the ordered
   // pass writes before the item (the positions block, the window names), then
-  // the item's lines.
+  // the item's lines where they were not written ahead.
   std::string report, table;
-  // The item's lines written ahead, on the thread that computed it, where they
-  // cannot depend on the pairs before it (nothing taken from the carry); the
-  // ordered pass drops them where they turn out not to stand.
-  bool prewritten = false;
-  std::string own_report, own_table;
 };
 
 struct Scratch {
@@ -171,8 +175,8 @@ bool compute_coding_from_tables(const FilteredAlignment& f, const SequenceTables
     return true;
   }
   ChangeAccountingResult& changes = out.changes;
-  out.classes = place_differing_codons(seq1.sites, seq2.sites, {c1, end - begin},
-                                       {c2, end - begin}, *tables.pairs, changes);
+  const SiteClassResult classes = place_differing_codons(
+      seq1.sites, seq2.sites, {c1, end - begin}, {c2, end - begin}, *tables.pairs, changes);
   if (changes.status != ChangeStatus::Complete) {
     out.kind = changes.status == ChangeStatus::StopCodon ? ItemResult::Kind::StopCodon
                                                          : ItemResult::Kind::NoPathway;
@@ -180,10 +184,11 @@ bool compute_coding_from_tables(const FilteredAlignment& f, const SequenceTables
   }
   const long gc = seq1.third_gc + seq2.third_gc;
   changes.PairGCContent = static_cast<float>(static_cast<double>(gc) / (2.0 * out.count));
+  out.classes = classes;
   CodingClassSums sums;
-  sums.sites = out.classes.Sites;
-  sums.obs_ts = out.classes.ObsTS;
-  sums.obs_tv = out.classes.ObsTV;
+  sums.sites = classes.Sites;
+  sums.obs_ts = classes.ObsTS;
+  sums.obs_tv = classes.ObsTV;
   out.coding = estimate_coding(sums);
   out.kind = ItemResult::Kind::Done;
   return true;
@@ -249,15 +254,16 @@ void compute_coding(const FilteredAlignment& f, const SequenceTables& tables, co
     out.kind = ItemResult::Kind::NoPathway;
     return;
   }
-  out.classes = account_site_classes(c1, c2, syn, nonsyn, settings.code);
-  if (out.classes.StopCodonFlag) {
+  const SiteClassResult classes = account_site_classes(c1, c2, syn, nonsyn, settings.code);
+  if (classes.StopCodonFlag) {
     out.kind = ItemResult::Kind::StopCodon;
     return;
   }
+  out.classes = classes;
   CodingClassSums sums;
-  sums.sites = out.classes.Sites;
-  sums.obs_ts = out.classes.ObsTS;
-  sums.obs_tv = out.classes.ObsTV;
+  sums.sites = classes.Sites;
+  sums.obs_ts = classes.ObsTS;
+  sums.obs_tv = classes.ObsTV;
   out.coding = estimate_coding(sums);
   out.kind = ItemResult::Kind::Done;
 }
@@ -279,14 +285,16 @@ class Run {
   struct Block;
   void gather(Block& block);
   Settled settle_block(Block& block);
-  Settled settle(const Item& item, ItemResult& result);
-  void settle_noncoding(long n, ItemResult& result);
-  void settle_coding(const Item& item, long n, ItemResult& result);
-  void write_item(const Item& item, ItemResult& result) const;
-  void write_lines(const Item& item, ItemResult& r, long number, std::string& report,
+  Settled settle(const Item& item, const ItemResult& result, ItemSettled& settled);
+  void settle_noncoding(long n, const ItemResult& result, ItemSettled& settled);
+  void settle_coding(const Item& item, long n, const ItemResult& result, ItemSettled& settled);
+  void write_item(const Item& item, const ItemResult& result, ItemSettled& settled) const;
+  void write_lines(const Item& item, const ItemResult& r, const CodingEstimates& coding,
+                   const NoncodingEstimates& noncoding, const NoncodingNotApplicable& na,
+                   long number, std::string& report,
                    std::string& table) const;
   void prewrite(const Item& item, ItemResult& result) const;
-  void append_texts(const std::vector<ItemResult>& results, std::size_t count);
+  void append_texts(const Block& block, std::size_t count);
   void hand_on_pair(const Item& item, long n, const ItemResult& result);
   void after_item();
   void write_last_pair_line();
@@ -591,14 +599,14 @@ bool Run::prepare() {
   return true;
 }
 
-void Run::settle_noncoding(long n, ItemResult& r) {
+void Run::settle_noncoding(long n, const ItemResult& r, ItemSettled& settled) {
   const NoncodingEstimates e = apply_carry(noncoding_carry_, r.noncoding);
   noncoding_carry_ = carry_of(e);
   last_noncoding_ = e;
   have_noncoding_ = true;
   const NoncodingNotApplicable na = not_applicable(e);
-  r.noncoding_values = e;
-  r.noncoding_na = na;
+  settled.noncoding_values = e;
+  settled.noncoding_na = na;
   ComparisonRow& row = store_row(n);
   row[1] = {e.k_jukes_cantor, na.jukes_cantor};
   row[2] = {e.k_kimura, na.kimura};
@@ -611,11 +619,11 @@ void Run::settle_noncoding(long n, ItemResult& r) {
   row[9] = {e.obs_p + e.obs_q, false};
 }
 
-void Run::settle_coding(const Item& item, long n, ItemResult& r) {
+void Run::settle_coding(const Item& item, long n, const ItemResult& r, ItemSettled& settled) {
   RunResults& res = rec_.results;
   const CodingEstimates e = apply_carry(coding_carry_, r.coding);
   coding_carry_ = carry_of(e);
-  r.coding_values = e;
+  settled.coding_values = e;
 
   const bool jc = run_.jukes_cantor_run;
   const CodingHandedOn h = jc ? handed_on_jukes_cantor(e) : handed_on_kimura(e);
@@ -635,7 +643,7 @@ void Run::settle_coding(const Item& item, long n, ItemResult& r) {
     row[8] = {e.ba, ka_k};
     last_pair_ = {true, item.a, item.b, h.ks, h.ka};
   }
-  const SiteClassResult& c = r.classes;
+  const ClassTotals& c = r.classes;
   const float syn_sites = c.Sites[1] + c.Sites[2] + c.Sites[3];
   const float g = c.SitesG[1] + c.SitesG[2] + c.SitesG[3];
   const float cc = c.SitesC[1] + c.SitesC[2] + c.SitesC[3];
@@ -651,13 +659,15 @@ void Run::settle_coding(const Item& item, long n, ItemResult& r) {
 
 // The item's own lines of the report and of the window table, from what the
 // ordered pass left: items are written apart, on any thread.
-void Run::write_item(const Item& item, ItemResult& r) const {
-  if (!r.written || r.prewritten) return;
-  write_lines(item, r, r.number, r.report, r.table);
+void Run::write_item(const Item& item, const ItemResult& r, ItemSettled& s) const {
+  if (!s.written || s.own_lines) return;
+  write_lines(item, r, s.coding_values, s.noncoding_values, s.noncoding_na, s.number, s.report,
+              s.table);
 }
 
-void Run::write_lines(const Item& item, ItemResult& r, long number, std::string& report,
-                      std::string& table) const {
+void Run::write_lines(const Item& item, const ItemResult& r, const CodingEstimates& coding,
+                      const NoncodingEstimates& noncoding, const NoncodingNotApplicable& na,
+                      long number, std::string& report, std::string& table) const {
   const reports::WindowPlace* w = window_ ? &item.window : nullptr;
   reports::ComparisonPlace place{number, rec_.seq.SeqNames[static_cast<std::size_t>(item.a - 1)],
                                  rec_.seq.SeqNames[static_cast<std::size_t>(item.b - 1)], w};
@@ -667,13 +677,11 @@ void Run::write_lines(const Item& item, ItemResult& r, long number, std::string&
     return;
   }
   if (coding_) {
-    reports::append_coding_comparison(report, run_, place, r.count, r.classes, r.coding_values);
-    if (w != nullptr) reports::append_coding_window_row(table, run_, *w, r.coding_values);
+    reports::append_coding_comparison(report, run_, place, r.count, r.classes, coding);
+    if (w != nullptr) reports::append_coding_window_row(table, run_, *w, coding);
   } else {
-    reports::append_noncoding_comparison(report, run_, place, r.count, r.noncoding_values,
-                                         r.noncoding_na);
-    if (w != nullptr)
-      reports::append_noncoding_window_row(table, run_, *w, r.noncoding_values, r.noncoding_na);
+    reports::append_noncoding_comparison(report, run_, place, r.count, noncoding, na);
+    if (w != nullptr) reports::append_noncoding_window_row(table, run_, *w, noncoding, na);
   }
 }
 
@@ -685,15 +693,16 @@ void Run::prewrite(const Item& item, ItemResult& r) const {
   r.own_report.clear();
   r.own_table.clear();
   if (r.kind != ItemResult::Kind::Done) return;
+  static const CodingEstimates no_coding;
+  static const NoncodingEstimates no_noncoding;
   if (coding_) {
     if (!r.coding.effective_sites_written) return;
-    r.coding_values = r.coding.values;
+    write_lines(item, r, r.coding.values, no_noncoding, {}, item.n, r.own_report, r.own_table);
   } else {
     if (!r.noncoding.kimura_ab_written || !r.noncoding.tajima_1p_4p_written) return;
-    r.noncoding_values = r.noncoding.values;
-    r.noncoding_na = not_applicable(r.noncoding_values);
+    write_lines(item, r, no_coding, r.noncoding.values, not_applicable(r.noncoding.values), item.n,
+                r.own_report, r.own_table);
   }
-  write_lines(item, r, item.n, r.own_report, r.own_table);
   r.prewritten = true;
 }
 
@@ -733,11 +742,12 @@ void Run::after_item() {
   text3.append(pending, text3.size() - report_flushed_);
 }
 
-Run::Settled Run::settle(const Item& item, ItemResult& r) {
+Run::Settled Run::settle(const Item& item, const ItemResult& r, ItemSettled& s) {
   SequenceData& seq = rec_.seq;
-  r.written = false;
-  r.report.clear();
-  r.table.clear();
+  s.written = false;
+  s.own_lines = false;
+  s.report.clear();
+  s.table.clear();
   if (ended_ && (item.a != ended_a_ || item.b != ended_b_)) return Settled::End;
   const long n = ended_ ? static_cast<long>(std::floor(seq.PairCount)) : item.n;
   if (item.b > sequences_ || item.a > sequences_) {
@@ -750,7 +760,7 @@ Run::Settled Run::settle(const Item& item, ItemResult& r) {
   seq.NucleotideCount = static_cast<long>(item.columns.site_end - item.columns.site_begin);
   if (!positions_written_) {
     const long analyzed = coding_ ? 3 * seq.CleanCodonTotal : seq.NucleotideCount;
-    reports::append_positions_block(r.report, run_, seq_length_, region_first_, region_last_,
+    reports::append_positions_block(s.report, run_, seq_length_, region_first_, region_last_,
                                     rec_.region.RegionText, analyzed);
     positions_written_ = true;
   }
@@ -759,7 +769,7 @@ Run::Settled Run::settle(const Item& item, ItemResult& r) {
     region_last_ = item.window.last;
     rec_.region.WindowIndex = static_cast<double>(item.window.index);
     if (item.window.index == 1 && seq.PairCount > 1)
-      reports::append_window_names(r.table, seq.SeqNames[static_cast<std::size_t>(item.a - 1)],
+      reports::append_window_names(s.table, seq.SeqNames[static_cast<std::size_t>(item.a - 1)],
                                    seq.SeqNames[static_cast<std::size_t>(item.b - 1)]);
   }
   progress(n, item.window.index);
@@ -794,34 +804,18 @@ Run::Settled Run::settle(const Item& item, ItemResult& r) {
     case ItemResult::Kind::Done:
       if (coding_) {
         seq.CodonCount = r.count;
-        settle_coding(item, n, r);
+        settle_coding(item, n, r, s);
       } else {
-        settle_noncoding(n, r);
+        settle_noncoding(n, r, s);
       }
       break;
   }
-  r.written = true;
-  r.number = n;
+  s.written = true;
+  s.number = n;
   // The lines written ahead stand only under the number they were written with.
-  if (r.prewritten && (r.kind != ItemResult::Kind::Done || n != item.n)) r.prewritten = false;
+  s.own_lines = r.prewritten && r.kind == ItemResult::Kind::Done && n == item.n;
   if (settings_.pair_sink) hand_on_pair(item, n, r);
   return Settled::Written;
-}
-
-// Appends the texts of settled items to the report and the window table, in
-// order; Text3 follows each item that was written.
-void Run::append_texts(const std::vector<ItemResult>& results, std::size_t count) {
-  RunResults& res = rec_.results;
-  for (std::size_t i = 0; i < count; ++i) {
-    const ItemResult& r = results[i];
-    res.ReportText += r.report;
-    res.WindowDataText += r.table;
-    if (r.written && r.prewritten) {
-      res.ReportText += r.own_report;
-      res.WindowDataText += r.own_table;
-    }
-    if (r.written) after_item();
-  }
 }
 
 // Hands what the run wrote so far to the sinks, where there are sinks.
@@ -843,8 +837,26 @@ void Run::flush(bool last) {
 struct Run::Block {
   std::vector<Item> items;
   std::vector<ItemResult> results;
+  std::vector<ItemSettled> settled_items;
   std::size_t settled = 0;  // items the ordered pass went through
 };
+
+// Appends the texts of settled items to the report and the window table, in
+// order; Text3 follows each item that was written.
+void Run::append_texts(const Block& block, std::size_t count) {
+  RunResults& res = rec_.results;
+  for (std::size_t i = 0; i < count; ++i) {
+    const ItemResult& r = block.results[i];
+    const ItemSettled& s = block.settled_items[i];
+    res.ReportText += s.report;
+    res.WindowDataText += s.table;
+    if (s.own_lines) {
+      res.ReportText += r.own_report;
+      res.WindowDataText += r.own_table;
+    }
+    if (s.written) after_item();
+  }
+}
 
 void Run::gather(Block& block) {
   block.items.clear();
@@ -852,7 +864,10 @@ void Run::gather(Block& block) {
   Item item;
   while (block.items.size() < kBlock && next_item(item)) block.items.push_back(item);
   // Sized by the items of the block: a small run does not clear a full block.
-  if (block.results.size() < block.items.size()) block.results.resize(block.items.size());
+  if (block.results.size() < block.items.size()) {
+    block.results.resize(block.items.size());
+    block.settled_items.resize(block.items.size());
+  }
 }
 
 // The ordered pass over a computed block: carries, stores and failures, item
@@ -860,7 +875,8 @@ void Run::gather(Block& block) {
 Run::Settled Run::settle_block(Block& block) {
   Settled last = Settled::Written;
   while (block.settled < block.items.size() && last == Settled::Written) {
-    last = settle(block.items[block.settled], block.results[block.settled]);
+    last = settle(block.items[block.settled], block.results[block.settled],
+                  block.settled_items[block.settled]);
     if (last == Settled::Written) ++block.settled;
   }
   return last;
@@ -907,10 +923,10 @@ bool Run::execute() {
       texts = b.settled + (last == Settled::Failure ? 1 : 0);
       pending.clear();
       for (std::size_t i = 0; i < b.settled; ++i)
-        if (b.results[i].written && !b.results[i].prewritten) pending.push_back(i);
+        if (b.settled_items[i].written && !b.settled_items[i].own_lines) pending.push_back(i);
       if (pending.size() <= kWrittenInTurn) {
-        for (const std::size_t i : pending) write_item(b.items[i], b.results[i]);
-        append_texts(b.results, texts);
+        for (const std::size_t i : pending) write_item(b.items[i], b.results[i], b.settled_items[i]);
+        append_texts(b, texts);
         texts_appended = true;
         if (last == Settled::Written) flush(false);
       }
@@ -919,9 +935,10 @@ bool Run::execute() {
     if (!texts_appended) {
       Block& b = *current;
       parallel_.for_each(pending.size(), [&](std::size_t k, int) {
-        write_item(b.items[pending[k]], b.results[pending[k]]);
+        const std::size_t i = pending[k];
+        write_item(b.items[i], b.results[i], b.settled_items[i]);
       });
-      append_texts(b.results, texts);
+      append_texts(b, texts);
     }
     if (last == Settled::Failure) {
       failure(failure_message_);

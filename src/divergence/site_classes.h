@@ -33,10 +33,8 @@ struct SiteClassOptions {
   const SiteCountTable* site_counts = nullptr;
 };
 
-struct SiteClassResult {
-  bool StopCodonFlag = false;
-  long stop_codon_number = 0;  // codon number (from 1) of the first stop found
-
+// What a pair's report and estimates take from the accounting.
+struct ClassTotals {
   // Site means over the two sequences, by class.
   ClassValues Sites{};
   ClassValues SitesA{};
@@ -47,6 +45,11 @@ struct SiteClassResult {
   // Changes placed, means of the two passes, by class.
   ClassValues ObsTS{};
   ClassValues ObsTV{};
+};
+
+struct SiteClassResult : ClassTotals {
+  bool StopCodonFlag = false;
+  long stop_codon_number = 0;  // codon number (from 1) of the first stop found
 
   // Site sums of each sequence, [sequence][group][class] (groups as in
   // SiteCountRow), and the sums of each pass.

@@ -334,7 +334,7 @@ void append_noncoding_empty(std::string& out, const RunLayout& run, const Compar
 
 void append_coding_comparison(std::string& out, const RunLayout& run,
                               const ComparisonPlace& place, long codons,
-                              const divergence::SiteClassResult& c,
+                              const divergence::ClassTotals& c,
                               const divergence::CodingEstimates& e) {
   coding_head(out, run, place, codons);
   if (run.pair_count <= 40) {

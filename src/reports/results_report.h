@@ -64,7 +64,7 @@ void append_noncoding_empty(std::string& out, const RunLayout& run, const Compar
 // Coding: the comparison's lines. `codons` is the number of codons compared.
 void append_coding_comparison(std::string& out, const RunLayout& run,
                               const ComparisonPlace& place, long codons,
-                              const divergence::SiteClassResult& classes,
+                              const divergence::ClassTotals& classes,
                               const divergence::CodingEstimates& e);
 // Coding: a pair with no codon.
 void append_coding_empty(std::string& out, const RunLayout& run, const ComparisonPlace& place,
