@@ -437,7 +437,6 @@ void Run::build_tables() {
   if (ranges.size() * n > kMaxTableEntries) return;
   if (coding_) {
     if (pair_.selection != Selection::All) return;
-    tables_.pairs = std::make_unique<PairPlacingTable>(pair_.code, pair_.weight);
     tables_.coding.assign(ranges.size(), std::vector<CodingSummary>(n));
   } else {
     tables_.bases.assign(ranges.size(), std::vector<BaseCounts>(n));
@@ -471,6 +470,9 @@ void Run::build_tables() {
                               base_number(static_cast<unsigned char>(sites[k])) & 3)
                           << (2 * (k % 32));
     }
+  }, [&] {
+    // The pair table, on this thread while the others sum the sequences.
+    if (coding_) tables_.pairs = std::make_unique<PairPlacingTable>(pair_.code, pair_.weight);
   });
   if (other_letter) {
     tables_.bases.clear();
