@@ -7,10 +7,19 @@
 
 namespace varnoth::input {
 
+namespace {
+constexpr double kFirstRoom = 4096;  // cells reserved at most before a sequence grows
+}  // namespace
+
 double cell_room(double seq_length) { return std::nearbyint(1 + seq_length / 3); }
 
 bool CodonCutter::store(const char* letters, int count) {
   if (static_cast<double>(cells_.size()) + 1 > room_) return false;
+  // The first cell makes room for a sequence of the length the file gives, up
+  // to a bound: the cells are then not moved as they grow.
+  if (cells_.capacity() == 0)
+    cells_.reserve(room_ >= 1 && room_ < kFirstRoom ? static_cast<std::size_t>(room_)
+                                                     : static_cast<std::size_t>(kFirstRoom));
   CodonCell cell{' ', ' ', ' '};
   for (int k = 0; k < count; ++k) cell[static_cast<size_t>(k)] = letters[k];
   cells_.push_back(cell);

@@ -78,8 +78,10 @@ InputStatus check_limits(const SequenceData& seq, long cell_count) {
   return {};
 }
 
+// `owner`, where given, holds the bytes and is emptied once they are read: the
+// clean-up then reuses their memory.
 InputStatus read_stages(std::string_view bytes, std::string_view path, SequenceData& seq,
-                        ReadStages& stages, InputFormat forced) {
+                        ReadStages& stages, InputFormat forced, std::string* owner = nullptr) {
   seq.InputFileName = std::string(file_name_of(path));
   if (bytes.size() > kMaxFileBytes) return input_failure(InputProblem::FileTooLarge);
   // A byte order mark, as editors on Windows write in front of UTF-8 text, is
@@ -102,6 +104,7 @@ InputStatus read_stages(std::string_view bytes, std::string_view path, SequenceD
     InputStatus status = read_alignment(format, lines, seq, cell_count);
     if (!status.ok()) return status;
   }
+  if (owner != nullptr) std::string().swap(*owner);
   if (InputStatus status = check_limits(seq, cell_count); !status.ok()) return status;
   stages.reformatting();
   InputStatus status = clean_alignment(seq, cell_count);
@@ -181,7 +184,7 @@ InputStatus load_sequence_file(AnalysisRecord& rec, Platform& platform, const st
   InputStatus status = read_whole_file(path, bytes);
   if (status.ok()) {
     FormStages stages(rec.form);
-    status = read_stages(bytes, path, next, stages, forced);
+    status = read_stages(bytes, path, next, stages, forced, &bytes);
   }
   std::string().swap(bytes);
 
