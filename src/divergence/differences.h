@@ -12,13 +12,14 @@
 
 namespace varnoth::divergence {
 
-// Writes to `out` the indices i below `count` where a[i] != b[i], in
-// increasing order, and returns how many there are. Sixty-four columns are
-// compared at a time into a mask whose set bits are then read off: one branch
-// the processor cannot foresee per 64 columns, not one per differing column.
-inline std::size_t differing_indices(const std::uint8_t* a, const std::uint8_t* b,
-                                     std::size_t count, std::uint32_t* out) {
-  std::size_t n = 0, i = 0;
+// Calls fn(i) for every index i below `count` where a[i] != b[i], in
+// increasing order. Sixty-four columns are compared at a time into a mask
+// whose set bits are then read off: one branch the processor cannot foresee
+// per 64 columns, not one per differing column.
+template <typename Fn>
+inline void for_each_difference(const std::uint8_t* a, const std::uint8_t* b, std::size_t count,
+                                Fn&& fn) {
+  std::size_t i = 0;
 #if defined(__SSE2__)
   for (; i + 64 <= count; i += 64) {
     std::uint64_t equal = 0;
@@ -29,14 +30,11 @@ inline std::size_t differing_indices(const std::uint8_t* a, const std::uint8_t* 
                << (16 * k);
     }
     for (std::uint64_t d = ~equal; d != 0; d &= d - 1)
-      out[n++] = static_cast<std::uint32_t>(i + static_cast<std::size_t>(std::countr_zero(d)));
+      fn(i + static_cast<std::size_t>(std::countr_zero(d)));
   }
 #endif
-  for (; i < count; ++i) {
-    out[n] = static_cast<std::uint32_t>(i);
-    n += a[i] != b[i];
-  }
-  return n;
+  for (; i < count; ++i)
+    if (a[i] != b[i]) fn(i);
 }
 
 }  // namespace varnoth::divergence

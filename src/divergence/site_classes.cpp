@@ -419,7 +419,6 @@ SiteClassResult place_differing_codons(const SequenceSites& sites1, const Sequen
   // and per position, which the processor cannot foresee, cost more than all
   // the arithmetic.
   constexpr std::size_t kStretch = 256;
-  std::uint32_t differing[kStretch];
   // Each position placed: its index in the table, then the codon's within the
   // stretch, 16 bits each.
   std::uint32_t steps[3 * kStretch];
@@ -428,24 +427,24 @@ SiteClassResult place_differing_codons(const SequenceSites& sites1, const Sequen
     const std::size_t length = std::min(kStretch, count - first);
     const Codon* a = codons1.data() + first;
     const Codon* b = codons2.data() + first;
-    const std::size_t n = differing_indices(a, b, length, differing);
     std::size_t positions = 0;
     bool open = true;
-    for (std::size_t k = 0; k < n; ++k) {
-      const std::uint32_t i = differing[k];
+    for_each_difference(a, b, length, [&](std::size_t i) {
       const PairPlacing placing = table(a[i], b[i]);
       open &= placing.status == ChangeStatus::Complete;
       // Three written, as many kept as the pair has (none for a closed pair).
-      for (std::uint32_t j = 0; j < 3; ++j) steps[positions + j] = (placing.first + j) << 16 | i;
+      const auto step = static_cast<std::uint32_t>(placing.first) << 16 | static_cast<std::uint32_t>(i);
+      steps[positions] = step;
+      steps[positions + 1] = step + (1u << 16);
+      steps[positions + 2] = step + (2u << 16);
       positions += placing.count;
-    }
+    });
     if (!open) {
       // The first pair that is not complete ends the walk; what was placed is
       // of no use then.
-      for (std::size_t k = 0; k < n; ++k) {
-        const std::uint32_t i = differing[k];
+      for (std::size_t i = 0; i < length; ++i) {
         const PairPlacing placing = table(a[i], b[i]);
-        if (placing.status == ChangeStatus::Complete) continue;
+        if (a[i] == b[i] || placing.status == ChangeStatus::Complete) continue;
         changes.status = placing.status;
         changes.StopCodonFlag = placing.status == ChangeStatus::StopCodon;
         changes.codon_number = static_cast<long>(first + i) + 1;
