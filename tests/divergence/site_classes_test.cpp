@@ -293,6 +293,10 @@ TEST(SiteClassesProperty, DifferingCodonWalkAgreesBitForBit) {
             ASSERT_EQ(fast.passes[pass].tv[k], slow.passes[pass].tv[k]);
           }
         }
+        for (int pass = 0; pass < 2; ++pass) {
+          ASSERT_EQ(fast.passes[pass].credited, slow.passes[pass].credited) << trial;
+          ASSERT_EQ(fast.passes[pass].placed, slow.passes[pass].placed) << trial;
+        }
       }
     }
   }
