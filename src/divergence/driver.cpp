@@ -94,7 +94,7 @@ struct SequenceTables {
   // [sequence]: the sites two bits each, 32 to a word, numbered as the bases
   // of NucleotidePairTable.
   std::vector<std::vector<std::uint64_t>> packed_sites;
-  std::unique_ptr<PairPlacingTable> pairs;
+  std::shared_ptr<const PairPlacingTable> pairs;
 
   static std::size_t range_of(const Item& item) {
     return item.window.index > 0 ? static_cast<std::size_t>(item.window.index - 1) : 0;
@@ -472,7 +472,7 @@ void Run::build_tables() {
     }
   }, [&] {
     // The pair table, on this thread while the others sum the sequences.
-    if (coding_) tables_.pairs = std::make_unique<PairPlacingTable>(pair_.code, pair_.weight);
+    if (coding_) tables_.pairs = shared_placing_table(pair_.code, pair_.weight);
   });
   if (other_letter) {
     tables_.bases.clear();

@@ -1,11 +1,13 @@
 #include "divergence/site_classes.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
+#include <mutex>
 
 #include "divergence/differences.h"
-#include <cstdint>
 
 namespace varnoth::divergence {
 namespace {
@@ -394,6 +396,25 @@ PairPlacingTable::PairPlacingTable(GeneticCode code, float pathway_weight) : cod
   }
   // Indices of positions are 16 bits.
   if (positions_.size() > 0xFFFF) std::abort();
+}
+
+std::shared_ptr<const PairPlacingTable> shared_placing_table(GeneticCode code,
+                                                             float pathway_weight) {
+  struct Entry {
+    GeneticCode code;
+    std::uint32_t weight;  // the bits of the weight: -0 and 0 are told apart, as is NaN
+    std::shared_ptr<const PairPlacingTable> table;
+  };
+  constexpr std::size_t kKept = 8;
+  static std::mutex mutex;
+  static std::vector<Entry> kept;  // oldest first
+  const auto weight = std::bit_cast<std::uint32_t>(pathway_weight);
+  const std::lock_guard lock(mutex);
+  for (const Entry& e : kept)
+    if (e.code == code && e.weight == weight) return e.table;
+  if (kept.size() == kKept) kept.erase(kept.begin());
+  kept.push_back({code, weight, std::make_shared<const PairPlacingTable>(code, pathway_weight)});
+  return kept.back().table;
 }
 
 SiteClassResult place_differing_codons(const SequenceSites& sites1, const SequenceSites& sites2,

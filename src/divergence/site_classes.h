@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <vector>
 
@@ -112,6 +113,12 @@ class PairPlacingTable {
   std::array<PairPlacing, 64 * 64> pairs_{};
   std::vector<PositionPlacing> positions_;
 };
+
+// The table for a code and weight, built at the first call and shared after:
+// a call over many alignments builds it once. Safe to call from any thread;
+// the last few tables asked for are kept.
+std::shared_ptr<const PairPlacingTable> shared_placing_table(GeneticCode code,
+                                                             float pathway_weight);
 
 // account_codon_changes then account_site_classes of a pair whose sequences
 // both have a row for every codon (sites1, sites2 from sequence_sites over the

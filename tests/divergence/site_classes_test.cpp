@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <random>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "divergence/codon_changes.h"
@@ -299,6 +300,36 @@ TEST(SiteClassesProperty, DifferingCodonWalkAgreesBitForBit) {
         }
       }
     }
+  }
+}
+
+// Runs over many alignments share one table per code and weight, also when
+// they ask for it from several threads at once; another weight or code gets
+// its own, and the shared table places as a fresh one does.
+TEST(SiteClasses, PlacingTablesAreSharedPerCodeAndWeight) {
+  std::vector<std::shared_ptr<const PairPlacingTable>> got(4);
+  std::vector<std::thread> threads;
+  for (std::size_t k = 0; k < got.size(); ++k)
+    threads.emplace_back([&got, k] { got[k] = shared_placing_table(GeneticCode::Vermito, 0.3f); });
+  for (auto& t : threads) t.join();
+  for (const auto& table : got) EXPECT_EQ(table.get(), got[0].get());
+  EXPECT_NE(shared_placing_table(GeneticCode::Vermito, 0.4f).get(), got[0].get());
+  EXPECT_NE(shared_placing_table(GeneticCode::Dromito, 0.3f).get(), got[0].get());
+  EXPECT_EQ(shared_placing_table(GeneticCode::Vermito, 0.3f).get(), got[0].get());
+
+  const PairPlacingTable fresh(GeneticCode::Vermito, 0.3f);
+  const std::vector<Codon> a = {1, 2, 3, 40, 41, 42}, b = {1, 6, 19, 40, 57, 26};
+  const SequenceSites sa = sequence_sites(a, GeneticCode::Vermito);
+  const SequenceSites sb = sequence_sites(b, GeneticCode::Vermito);
+  ChangeAccountingResult c1, c2;
+  const SiteClassResult x = place_differing_codons(sa, sb, a, b, *got[0], c1);
+  const SiteClassResult y = place_differing_codons(sa, sb, a, b, fresh, c2);
+  ASSERT_EQ(c1.status, ChangeStatus::Complete);
+  ASSERT_EQ(c2.status, ChangeStatus::Complete);
+  EXPECT_GT(x.ObsTS[0] + x.ObsTV[0] + x.ObsTS[3] + x.ObsTV[3], 0);
+  for (int k = 0; k < 4; ++k) {
+    EXPECT_EQ(x.ObsTS[k], y.ObsTS[k]);
+    EXPECT_EQ(x.ObsTV[k], y.ObsTV[k]);
   }
 }
 
