@@ -26,8 +26,8 @@ inline void for_each_difference(const std::uint8_t* a, const std::uint8_t* b, st
     for (int k = 0; k < 4; ++k) {
       const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(a + i + 16 * k));
       const __m128i y = _mm_loadu_si128(reinterpret_cast<const __m128i*>(b + i + 16 * k));
-      equal |= static_cast<std::uint64_t>(static_cast<std::uint16_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(x, y))))
-               << (16 * k);
+      const auto same = static_cast<std::uint16_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(x, y)));
+      equal |= static_cast<std::uint64_t>(same) << (16 * k);
     }
     for (std::uint64_t d = ~equal; d != 0; d &= d - 1)
       fn(i + static_cast<std::size_t>(std::countr_zero(d)));

@@ -291,8 +291,7 @@ class Run {
   void write_item(const Item& item, const ItemResult& result, ItemSettled& settled) const;
   void write_lines(const Item& item, const ItemResult& r, const CodingEstimates& coding,
                    const NoncodingEstimates& noncoding, const NoncodingNotApplicable& na,
-                   long number, std::string& report,
-                   std::string& table) const;
+                   long number, std::string& report, std::string& table) const;
   void prewrite(const Item& item, ItemResult& result) const;
   void append_texts(const Block& block, std::size_t count);
   void hand_on_pair(const Item& item, long n, const ItemResult& result);
@@ -927,7 +926,8 @@ bool Run::execute() {
       for (std::size_t i = 0; i < b.settled; ++i)
         if (b.settled_items[i].written && !b.settled_items[i].own_lines) pending.push_back(i);
       if (pending.size() <= kWrittenInTurn) {
-        for (const std::size_t i : pending) write_item(b.items[i], b.results[i], b.settled_items[i]);
+        for (const std::size_t i : pending)
+          write_item(b.items[i], b.results[i], b.settled_items[i]);
         append_texts(b, texts);
         texts_appended = true;
         if (last == Settled::Written) flush(false);

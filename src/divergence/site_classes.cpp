@@ -454,7 +454,8 @@ SiteClassResult place_differing_codons(const SequenceSites& sites1, const Sequen
       const PairPlacing placing = table(a[i], b[i]);
       open &= placing.status == ChangeStatus::Complete;
       // Three written, as many kept as the pair has (none for a closed pair).
-      const auto step = static_cast<std::uint32_t>(placing.first) << 16 | static_cast<std::uint32_t>(i);
+      const auto step =
+          static_cast<std::uint32_t>(placing.first) << 16 | static_cast<std::uint32_t>(i);
       steps[positions] = step;
       steps[positions + 1] = step + (1u << 16);
       steps[positions + 2] = step + (2u << 16);
