@@ -2,6 +2,9 @@
 // the filter, and the failures.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
+
 #include "divergence/driver.h"
 #include "state/options.h"
 #include "support/alignment_builder.h"
@@ -58,6 +61,44 @@ TEST(NoncodingRun, TwoSequencesJukesCantorAndKimura) {
   EXPECT_FALSE(f.rec.form.MatrixBoton.visible);
   EXPECT_EQ(f.rec.results.NoncodingResultsReady, 1);
   EXPECT_DOUBLE_EQ(f.rec.last_noncoding.CountG2, 6);
+}
+
+// The progress box as each comparison is settled: a coding run leaves it empty
+// at comparisons 999 and 1000, a noncoding run does not.
+class ProgressPlatform : public testing::FakePlatform {
+ public:
+  explicit ProgressPlatform(const AnalysisRecord& rec) : rec_(rec) {}
+  void yield() override { shown.push_back(rec_.form.Text33.text); }
+  std::vector<std::string> shown;
+
+ private:
+  const AnalysisRecord& rec_;
+};
+
+TEST(Run, ProgressTextsLeaveComparisons999And1000EmptyInCodingRuns) {
+  std::vector<std::pair<std::string, std::string>> sequences;
+  std::mt19937 rng(7);
+  for (int i = 0; i < 46; ++i) {  // 1035 comparisons
+    std::string s = "ATGAAACCCGGG";
+    s[5 + 3 * (rng() % 3)] = "ACGT"[rng() % 4];  // third positions: never a stop
+    sequences.push_back({"s" + std::to_string(i + 1), s});
+  }
+  for (const bool coding : {true, false}) {
+    AnalysisRecord rec;
+    start_up(rec);
+    title_page_click(rec);
+    if (!coding) click_noncoding(rec);
+    testing::load_alignment(rec, sequences);
+    ProgressPlatform platform(rec);
+    ASSERT_TRUE(divergence::run_divergence(rec, platform));
+    ASSERT_EQ(platform.shown.size(), 1035u);
+    EXPECT_EQ(platform.shown[0], "  Comp# 1  of 1035");
+    EXPECT_EQ(platform.shown[997], "  Comp# 998  of 1035");
+    EXPECT_EQ(platform.shown[998], coding ? "" : "  Comp# 999  of 1035");
+    EXPECT_EQ(platform.shown[999], coding ? "" : " Comp# 1000  of 1035");
+    EXPECT_EQ(platform.shown[1000], " Comp# 1001  of 1035");
+    EXPECT_EQ(platform.shown[1034], " Comp# 1035  of 1035");
+  }
 }
 
 TEST(Run, OneSequenceFails) {
