@@ -39,7 +39,7 @@ InputStatus read_whole_file(const std::string& path, std::string& bytes) {
   const auto size = std::filesystem::file_size(path, error);
   if (!error && size > kMaxFileBytes) return input_failure(InputProblem::FileTooLarge);
   // Read straight into the buffer, a large chunk at a time; a file of known
-  // size takes one chunk (and one more read that finds its end).
+  // size takes one chunk, and only a file that grew since asks for more.
   std::size_t chunk = !error && size > 0 ? static_cast<std::size_t>(size) : std::size_t{1} << 16;
   while (true) {
     const std::size_t from = bytes.size();
@@ -52,7 +52,7 @@ InputStatus read_whole_file(const std::string& path, std::string& bytes) {
     if (bytes.size() > kMaxFileBytes) return input_failure(InputProblem::FileTooLarge);
     if (std::size_t at = find_non_text(bytes, from); at != std::string_view::npos)
       return not_text_at(bytes, at);
-    if (!in) break;
+    if (!in || in.peek() == std::ifstream::traits_type::eof()) break;
     chunk = std::size_t{1} << 16;
   }
   if (in.bad()) return input_failure(InputProblem::CannotOpen);
