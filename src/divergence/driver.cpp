@@ -156,6 +156,13 @@ void compute_noncoding(const FilteredAlignment& f, const SequenceTables& tables,
   out.noncoding = estimate_noncoding(table);
 }
 
+// A coding item's estimates from its totals, which it keeps for its report.
+void estimate_item(const ClassTotals& classes, ItemResult& out) {
+  out.classes = classes;
+  out.coding = estimate_coding(coding_sums(classes));
+  out.kind = ItemResult::Kind::Done;
+}
+
 // The run's whole range of codons, with nothing left out: each sequence's site
 // sums and third-position G+C stand for it in every pair, and only the codons
 // that differ are walked. The plain walk gives such codons nothing and places
@@ -184,13 +191,7 @@ bool compute_coding_from_tables(const FilteredAlignment& f, const SequenceTables
   }
   const long gc = seq1.third_gc + seq2.third_gc;
   changes.PairGCContent = static_cast<float>(static_cast<double>(gc) / (2.0 * out.count));
-  out.classes = classes;
-  CodingClassSums sums;
-  sums.sites = classes.Sites;
-  sums.obs_ts = classes.ObsTS;
-  sums.obs_tv = classes.ObsTV;
-  out.coding = estimate_coding(sums);
-  out.kind = ItemResult::Kind::Done;
+  estimate_item(classes, out);
   return true;
 }
 
@@ -259,13 +260,7 @@ void compute_coding(const FilteredAlignment& f, const SequenceTables& tables, co
     out.kind = ItemResult::Kind::StopCodon;
     return;
   }
-  out.classes = classes;
-  CodingClassSums sums;
-  sums.sites = classes.Sites;
-  sums.obs_ts = classes.ObsTS;
-  sums.obs_tv = classes.ObsTV;
-  out.coding = estimate_coding(sums);
-  out.kind = ItemResult::Kind::Done;
+  estimate_item(classes, out);
 }
 
 class Run {

@@ -465,8 +465,9 @@ SiteClassResult place_differing_codons(const SequenceSites& sites1, const Sequen
       // The first pair that is not complete ends the walk; what was placed is
       // of no use then.
       for (std::size_t i = 0; i < length; ++i) {
+        if (a[i] == b[i]) continue;
         const PairPlacing placing = table(a[i], b[i]);
-        if (a[i] == b[i] || placing.status == ChangeStatus::Complete) continue;
+        if (placing.status == ChangeStatus::Complete) continue;
         changes.status = placing.status;
         changes.StopCodonFlag = placing.status == ChangeStatus::StopCodon;
         changes.codon_number = static_cast<long>(first + i) + 1;

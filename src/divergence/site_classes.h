@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "divergence/codon_changes.h"
+#include "divergence/coding_estimators.h"
 #include "divergence/genetic_code.h"
 
 namespace varnoth::divergence {
@@ -47,6 +48,15 @@ struct ClassTotals {
   ClassValues ObsTS{};
   ClassValues ObsTV{};
 };
+
+// The sums the coding estimators take from the totals.
+inline CodingClassSums coding_sums(const ClassTotals& c) {
+  CodingClassSums sums;
+  sums.sites = c.Sites;
+  sums.obs_ts = c.ObsTS;
+  sums.obs_tv = c.ObsTV;
+  return sums;
+}
 
 struct SiteClassResult : ClassTotals {
   bool StopCodonFlag = false;

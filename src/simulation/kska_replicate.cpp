@@ -70,11 +70,7 @@ ReplicateEstimate estimate_replicate(std::span<const Codon> codons1, std::span<c
     r.stop_codon = true;
   }
 
-  dv::CodingClassSums sums;
-  sums.sites = r.classes.Sites;
-  sums.obs_ts = r.classes.ObsTS;
-  sums.obs_tv = r.classes.ObsTV;
-  r.estimates = dv::estimate_coding(sums).values;
+  r.estimates = dv::estimate_coding(dv::coding_sums(r.classes)).values;
   const dv::CodingEstimates& e = r.estimates;
   if (methods.ks == 2) {
     if (e.ks_kimura_note.empty()) r.ks = e.ks_kimura;
