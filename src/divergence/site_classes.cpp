@@ -358,7 +358,14 @@ struct Lanes {
 PairPlacingTable::PairPlacingTable(GeneticCode code, float pathway_weight) : code_(code) {
   const CodonPairTable shares(code, pathway_weight);
   const CodeProgram& programs = code_program(code);
-  positions_.reserve(3 * kCodons * kCodons);
+  std::size_t count = 0;  // positions with a share, over all complete pairs
+  for (int a = 0; a < kCodons; ++a)
+    for (int b = 0; b < kCodons; ++b) {
+      const CodonPairShares& sh = shares(static_cast<Codon>(a), static_cast<Codon>(b));
+      if (a == b || sh.status != ChangeStatus::Complete) continue;
+      for (std::size_t p = 0; p < 3; ++p) count += sh.syn[p] != 0 || sh.nonsyn[p] != 0 ? 1 : 0;
+    }
+  positions_.reserve(count);
   for (int a = 0; a < kCodons; ++a) {
     for (int b = 0; b < kCodons; ++b) {
       if (a == b) continue;

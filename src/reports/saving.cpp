@@ -5,6 +5,10 @@
 #include <system_error>
 #include <utility>
 
+#if defined(__linux__)
+#include <fcntl.h>
+#endif
+
 namespace varnoth {
 
 namespace {
@@ -49,6 +53,19 @@ AtomicFile::~AtomicFile() {
 void AtomicFile::append(std::string_view text) {
   if (!ok_ || text.empty()) return;
   ok_ = std::fwrite(text.data(), 1, text.size(), file_) == text.size();
+  written_ += text.size();
+#if defined(__linux__)
+  // A large file has its writing to the disk started as it grows: renamed over
+  // an old file, the whole of it would be written out then, while the caller
+  // waits (ext4 does so to keep the replacement safe).
+  constexpr std::size_t kStep = std::size_t{1} << 20;
+  if (written_ - flushed_ >= 2 * kStep) {
+    const std::size_t upto = (written_ - kStep) & ~(kStep - 1);
+    sync_file_range(fileno(file_), static_cast<off_t>(flushed_),
+                    static_cast<off_t>(upto - flushed_), SYNC_FILE_RANGE_WRITE);
+    flushed_ = upto;
+  }
+#endif
 }
 
 bool AtomicFile::commit() {

@@ -34,6 +34,8 @@ class AtomicFile {
   std::filesystem::path temporary_;
   std::FILE* file_ = nullptr;
   bool ok_ = false;
+  std::size_t written_ = 0;  // bytes appended
+  std::size_t flushed_ = 0;  // bytes whose writing to the disk was started
 };
 
 // The head of the printout and the ".out" file: program line, date and time,
