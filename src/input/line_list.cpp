@@ -1,16 +1,62 @@
 #include "input/line_list.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+#include "input/input_limits.h"
+
 namespace varnoth::input {
+
+namespace {
+
+// The first CR or LF from p on, or `end`; sixteen bytes are looked at a time.
+const char* line_end(const char* p, const char* end) {
+#if defined(__SSE2__)
+  const __m128i cr = _mm_set1_epi8('\r'), lf = _mm_set1_epi8('\n');
+  for (; end - p >= 16; p += 16) {
+    const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    const auto hits = static_cast<unsigned>(
+        _mm_movemask_epi8(_mm_or_si128(_mm_cmpeq_epi8(x, cr), _mm_cmpeq_epi8(x, lf))));
+    if (hits != 0) return p + std::countr_zero(hits);
+  }
+#endif
+  while (p < end && *p != '\r' && *p != '\n') ++p;
+  return p;
+}
+
+}  // namespace
+
+std::size_t find_non_text(std::string_view bytes, std::size_t from) {
+  std::size_t i = from;
+#if defined(__SSE2__)
+  // Bytes from 0x20 on are text; the few below it (line ends, tabs) are
+  // looked at one by one.
+  const __m128i space = _mm_set1_epi8(0x20);
+  for (; i + 16 <= bytes.size(); i += 16) {
+    const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes.data() + i));
+    const __m128i printable = _mm_cmpeq_epi8(_mm_max_epu8(x, space), x);
+    for (auto low = ~static_cast<unsigned>(_mm_movemask_epi8(printable)) & 0xFFFFu; low != 0;
+         low &= low - 1) {
+      const std::size_t at = i + static_cast<std::size_t>(std::countr_zero(low));
+      if (!is_text_byte(static_cast<unsigned char>(bytes[at]))) return at;
+    }
+  }
+#endif
+  for (; i < bytes.size(); ++i)
+    if (!is_text_byte(static_cast<unsigned char>(bytes[i]))) return i;
+  return std::string_view::npos;
+}
 
 LineList::LineList(std::string_view bytes) {
   const char* p = bytes.data();
   const char* end = p + bytes.size();
   while (p < end) {
-    const char* stop = p;
-    while (stop < end && *stop != '\r' && *stop != '\n') ++stop;
+    const char* stop = line_end(p, end);
     lines_.emplace_back(p, static_cast<size_t>(stop - p));
     if (stop == end) break;
     p = stop + 1;
@@ -24,7 +70,7 @@ long count_lines(std::string_view bytes) {
   const char* end = p + bytes.size();
   while (p < end) {
     ++count;
-    while (p < end && *p != '\r' && *p != '\n') ++p;
+    p = line_end(p, end);
     if (p == end) break;
     if (*p++ == '\r' && p < end && *p == '\n') ++p;
   }

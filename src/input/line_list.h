@@ -2,6 +2,7 @@
 // over it from the first line on.
 #pragma once
 
+#include <cstddef>
 #include <string_view>
 #include <vector>
 
@@ -25,6 +26,9 @@ class LineList {
 // The number of lines LineList would make of `bytes`, and its first line,
 // without building the list.
 long count_lines(std::string_view bytes);
+// The position of the first byte of `bytes` from `from` on that no text file
+// holds (see is_text_byte), or npos.
+std::size_t find_non_text(std::string_view bytes, std::size_t from);
 std::string_view first_line(std::string_view bytes);
 
 // One reading pass from line 1, line by line. A read behind the last line fails

@@ -17,14 +17,6 @@ namespace varnoth::input {
 
 namespace {
 
-// The position of the first byte of `bytes` from `from` on that no text file
-// holds, or npos.
-std::size_t find_non_text(std::string_view bytes, std::size_t from) {
-  for (std::size_t i = from; i < bytes.size(); ++i)
-    if (!is_text_byte(static_cast<unsigned char>(bytes[i]))) return i;
-  return std::string_view::npos;
-}
-
 InputStatus not_text_at(std::string_view bytes, std::size_t position) {
   return input_failure(InputProblem::NotText, count_lines(bytes.substr(0, position + 1)));
 }
@@ -78,8 +70,9 @@ InputStatus check_limits(const SequenceData& seq, long cell_count) {
   return {};
 }
 
-// `owner`, where given, holds the bytes and is emptied once they are read: the
-// clean-up then reuses their memory.
+// `owner`, where given, holds the bytes as read_whole_file read them (already
+// found to be text) and is emptied once they are read: the clean-up then
+// reuses their memory.
 InputStatus read_stages(std::string_view bytes, std::string_view path, SequenceData& seq,
                         ReadStages& stages, InputFormat forced, std::string* owner = nullptr) {
   seq.InputFileName = std::string(file_name_of(path));
@@ -87,8 +80,9 @@ InputStatus read_stages(std::string_view bytes, std::string_view path, SequenceD
   // A byte order mark, as editors on Windows write in front of UTF-8 text, is
   // no part of line 1.
   if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
-  if (std::size_t at = find_non_text(bytes, 0); at != std::string_view::npos)
-    return not_text_at(bytes, at);
+  if (owner == nullptr)
+    if (std::size_t at = find_non_text(bytes, 0); at != std::string_view::npos)
+      return not_text_at(bytes, at);
   if (bytes.empty()) return input_failure(InputProblem::EndOfFile, 1);
   // Line 1 decides the format before the file is split into lines.
   const InputFormat format = forced != InputFormat::None
