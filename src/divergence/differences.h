@@ -13,10 +13,6 @@
 
 namespace varnoth::divergence {
 
-// Calls fn(i) for every index i below `count` where a[i] != b[i], in
-// increasing order. Sixty-four columns are compared at a time into a mask
-// whose set bits are then read off: one branch the processor cannot foresee
-// per 64 columns, not one per differing column.
 #if defined(__SSE2__)
 // The mask of the 64 columns from `a` and `b` where the letters are equal.
 inline std::uint64_t equal_mask(const std::uint8_t* a, const std::uint8_t* b) {
@@ -31,6 +27,10 @@ inline std::uint64_t equal_mask(const std::uint8_t* a, const std::uint8_t* b) {
 }
 #endif
 
+// Calls fn(i) for every index i below `count` where a[i] != b[i], in
+// increasing order. Sixty-four columns are compared at a time into a mask
+// whose set bits are then read off: one branch the processor cannot foresee
+// per 64 columns, not one per differing column.
 template <typename Fn>
 inline void for_each_difference(const std::uint8_t* a, const std::uint8_t* b, std::size_t count,
                                 Fn&& fn) {
