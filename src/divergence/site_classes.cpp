@@ -358,12 +358,16 @@ struct Lanes {
 PairPlacingTable::PairPlacingTable(GeneticCode code, float pathway_weight) : code_(code) {
   const CodonPairTable shares(code, pathway_weight);
   const CodeProgram& programs = code_program(code);
-  std::size_t count = 0;  // positions with a share, over all complete pairs
+  // A position of a complete pair is placed where it has a share.
+  const auto has_share = [](const CodonPairShares& sh, int p) {
+    return sh.syn[static_cast<std::size_t>(p)] != 0 || sh.nonsyn[static_cast<std::size_t>(p)] != 0;
+  };
+  std::size_t count = 0;
   for (int a = 0; a < kCodons; ++a)
     for (int b = 0; b < kCodons; ++b) {
       const CodonPairShares& sh = shares(static_cast<Codon>(a), static_cast<Codon>(b));
       if (a == b || sh.status != ChangeStatus::Complete) continue;
-      for (std::size_t p = 0; p < 3; ++p) count += sh.syn[p] != 0 || sh.nonsyn[p] != 0 ? 1 : 0;
+      for (int p = 0; p < 3; ++p) count += has_share(sh, p) ? 1 : 0;
     }
   positions_.reserve(count);
   for (int a = 0; a < kCodons; ++a) {
@@ -375,9 +379,9 @@ PairPlacingTable::PairPlacingTable(GeneticCode code, float pathway_weight) : cod
       out.first = static_cast<std::uint16_t>(positions_.size());
       if (sh.status != ChangeStatus::Complete) continue;
       for (int p = 0; p < 3; ++p) {
+        if (!has_share(sh, p)) continue;
         const float s = sh.syn[static_cast<std::size_t>(p)];
         const float n = sh.nonsyn[static_cast<std::size_t>(p)];
-        if (s == 0 && n == 0) continue;
         PositionPlacing& pos = positions_.emplace_back();
         ++out.count;
         pos.syn = SumPair{s, s};
