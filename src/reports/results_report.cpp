@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "text/appender.h"
 #include "text/number_format.h"
 
 namespace varnoth::reports {
@@ -9,9 +10,7 @@ namespace varnoth::reports {
 namespace {
 
 using divergence::kNoApplicable;
-using text::append_cell;
-using text::append_format;
-using text::append_plain;
+using text::Appender;
 
 constexpr std::string_view kCrlf = "\r\n";
 constexpr std::string_view kStars = " *************************************************************";
@@ -22,7 +21,7 @@ constexpr text::Pattern kWindowValue{" #0.00000 "};
 constexpr text::Pattern kCount{" ####0.00 "};
 constexpr text::Pattern kSites{"####0.00"};
 
-void line(std::string& out, std::string_view s) {
+void line(Appender& out, std::string_view s) {
   out += s;
   out += kCrlf;
 }
@@ -30,30 +29,30 @@ void line(std::string& out, std::string_view s) {
 double codon_of_first(double first) { return 1 + std::floor((first - 1) / 3); }
 
 // Blanks in front of a text up to `width`; none when it is already wider.
-void pad(std::string& out, std::size_t len, std::size_t width) {
-  if (len < width) out.append(width - len, ' ');
+void pad(Appender& out, std::size_t len, std::size_t width) {
+  if (len < width) out.fill(width - len, ' ');
 }
 
 // label & number CRLF
 template <typename Number>
-void numbered_line(std::string& out, std::string_view label, Number value) {
+void numbered_line(Appender& out, std::string_view label, Number value) {
   out += label;
-  append_plain(out, value);
+  out.plain(value);
   out += kCrlf;
 }
 
 // label & first & " -" & last CRLF
-void range_line(std::string& out, std::string_view label, double first, double last) {
+void range_line(Appender& out, std::string_view label, double first, double last) {
   out += label;
-  append_plain(out, first);
+  out.plain(first);
   out += " -";
-  append_plain(out, last);
+  out.plain(last);
   out += kCrlf;
 }
 
-void comparison_line(std::string& out, long number) { numbered_line(out, " Comparison # ", number); }
+void comparison_line(Appender& out, long number) { numbered_line(out, " Comparison # ", number); }
 
-void names(std::string& out, const ComparisonPlace& place) {
+void names(Appender& out, const ComparisonPlace& place) {
   out += " Seq. A: ";
   line(out, place.name_a);
   out += " Seq. B: ";
@@ -65,7 +64,7 @@ bool first_window(const ComparisonPlace& place) {
 }
 
 // Lines 11 to 13 of a noncoding comparison.
-void noncoding_head(std::string& out, const RunLayout& run, const ComparisonPlace& place,
+void noncoding_head(Appender& out, const RunLayout& run, const ComparisonPlace& place,
                     long sites) {
   if (run.pair_count > 1) {
     if (first_window(place)) {
@@ -89,7 +88,7 @@ void noncoding_head(std::string& out, const RunLayout& run, const ComparisonPlac
 }
 
 // Lines 18 to 21 of a coding comparison.
-void coding_head(std::string& out, const RunLayout& run, const ComparisonPlace& place,
+void coding_head(Appender& out, const RunLayout& run, const ComparisonPlace& place,
                  long codons) {
   if (run.pair_count > 1) {
     if (place.number == 1 && first_window(place)) out += kCrlf;
@@ -114,22 +113,35 @@ void coding_head(std::string& out, const RunLayout& run, const ComparisonPlace& 
   }
 }
 
-void star_line_after(std::string& out, const RunLayout& run) {
+// "(" and the sites, right-aligned together in `width` + 1 columns.
+template <typename Sites>
+void parenthesised_sites(Appender& out, Sites sites, std::size_t width) {
+  char digits[text::kCellRoom];
+  std::string slow;
+  std::string_view s;
+  if (const char* end = text::write_cell(digits, sites, kSites, 0)) {
+    s = std::string_view(digits, static_cast<std::size_t>(end - digits));
+  } else {
+    text::append_format(slow, sites, kSites);
+    s = slow;
+  }
+  pad(out, s.size(), width);
+  out += '(';
+  out += s;
+}
+
+void star_line_after(Appender& out, const RunLayout& run) {
   if (run.pair_count > 1 && !run.window) line(out, kStars);
 }
 
 // "  Ks= " 0.12345 then the S.E.S. in a column of ten: the blanks stand before
 // the parenthesis, not inside it.
 template <typename Sites>
-void jukes_cantor_line(std::string& out, std::string_view label, double k, Sites sites,
+void jukes_cantor_line(Appender& out, std::string_view label, double k, Sites sites,
                        std::string_view sites_label, std::string_view note) {
   out += label;
-  append_format(out, k, kValue);
-  std::string s;
-  append_format(s, sites, kSites);
-  pad(out, s.size(), 10);
-  out += "(";
-  out += s;
+  out.cell(k, kValue);
+  parenthesised_sites(out, sites, 10);
   out += sites_label;
   out += ")";
   out += note;
@@ -137,7 +149,7 @@ void jukes_cantor_line(std::string& out, std::string_view label, double k, Sites
 }
 
 template <typename Sites>
-void kimura_line(std::string& out, std::string_view label, double k, std::string_view a_label,
+void kimura_line(Appender& out, std::string_view label, double k, std::string_view a_label,
                  double a, std::string_view b_label, double b, Sites sites,
                  std::string_view sites_label, std::string_view note) {
   out += label;
@@ -145,29 +157,25 @@ void kimura_line(std::string& out, std::string_view label, double k, std::string
     line(out, note);
     return;
   }
-  append_format(out, k, kValue);
+  out.cell(k, kValue);
   out += a_label;
-  append_format(out, a, kValue);
+  out.cell(a, kValue);
   out += b_label;
-  append_format(out, b, kValueBare);
+  out.cell(b, kValueBare);
   out += ")  ";
-  std::string s;
-  append_format(s, sites, kSites);
-  pad(out, s.size(), 8);
-  out += "(";
-  out += s;
+  parenthesised_sites(out, sites, 8);
   out += sites_label;
   out += ")";
   out += note;
   out += kCrlf;
 }
 
-void jukes_cantor_fallback(std::string& out, std::string_view label, double k,
+void jukes_cantor_fallback(Appender& out, std::string_view label, double k,
                            std::string_view note) {
   out += kCrlf;
   line(out, " M.-hits Correcting Method: Jukes and Cantor -1p");
   out += label;
-  append_format(out, k, kValue);
+  out.cell(k, kValue);
   out += note;
   out += kCrlf;
 }
@@ -192,7 +200,8 @@ RunLayout layout_of(const AnalysisRecord& rec, int method_number) {
   return run;
 }
 
-void append_run_head(std::string& out, const RunLayout& run) {
+void append_run_head(std::string& text, const RunLayout& run) {
+  Appender out(text);
   if (run.coding) {
     out += " CODING DIVERGENCE ANALYSIS";
     if (run.max_one_change) out += "  * MAXIMUM ONE SUBSTITUTION PER CODON *";
@@ -211,7 +220,7 @@ void append_run_head(std::string& out, const RunLayout& run) {
       line(out, " Multiple-pathways: Unweighted");
     } else {
       out += " Multiple-pathways weight: Synonymous/Total =";
-      append_plain(out, run.pathway_weight);
+      out.plain(run.pathway_weight);
       out += kCrlf;
     }
     line(out, run.jukes_cantor_run ? " Multiple-hits Correcting Method: Jukes and Cantor-1p "
@@ -227,37 +236,38 @@ void append_run_head(std::string& out, const RunLayout& run) {
   }
 }
 
-void append_positions_block(std::string& out, const RunLayout& run, double seq_length,
+void append_positions_block(std::string& text, const RunLayout& run, double seq_length,
                             double first, double last, const std::string& region_text,
                             long analyzed) {
+  Appender out(text);
   if (run.window) {
     numbered_line(out, " Number of Total Nucleotide positions: ", seq_length);
   } else if (run.region) {
     numbered_line(out, " Number of Total Nucleotide positions: ", seq_length);
     out += kCrlf;
     out += " Region analyzed :";
-    append_plain(out, first);
+    out.plain(first);
     out += " -";
-    append_plain(out, last);
+    out.plain(last);
     line(out, " nuc.");
     if (run.coding) {
       const double first_codon = codon_of_first(first);
       const double last_codon = std::floor(last / 3);
       out += "                  ";
-      append_plain(out, first_codon);
+      out.plain(first_codon);
       out += " -";
-      append_plain(out, last_codon);
+      out.plain(last_codon);
       out += " codon";
       out += kCrlf;
       out += " Number of Codons in Region:     ";
-      append_plain(out, last_codon - first_codon + 1);
+      out.plain(last_codon - first_codon + 1);
     } else {
       out += " Number of Nucleotide positions in Region: ";
-      append_plain(out, last - first + 1);
+      out.plain(last - first + 1);
     }
   } else {
     out += " Number of Nucleotide positions: ";
-    append_plain(out, seq_length);
+    out.plain(seq_length);
   }
   if (!run.window) {
     out += region_text;
@@ -269,10 +279,11 @@ void append_positions_block(std::string& out, const RunLayout& run, double seq_l
   }
 }
 
-void append_noncoding_comparison(std::string& out, const RunLayout& run,
+void append_noncoding_comparison(std::string& text, const RunLayout& run,
                                  const ComparisonPlace& place, long sites,
                                  const divergence::NoncodingEstimates& e,
                                  const divergence::NoncodingNotApplicable& na) {
+  Appender out(text);
   noncoding_head(out, run, place, sites);
   out += kCrlf;
   if (run.pair_count <= 40) {
@@ -283,13 +294,13 @@ void append_noncoding_comparison(std::string& out, const RunLayout& run,
       for (int b = 0; b < 4; ++b) {
         const double c1 = static_cast<double>(e.counts1[b]);
         const double c2 = static_cast<double>(e.counts2[b]);
-        append_cell(out, row == 0 ? c1 : row == 1 ? c2 : (c1 + c2) / 2, kCount, 10);
+        out.cell(row == 0 ? c1 : row == 1 ? c2 : (c1 + c2) / 2, kCount, 10);
       }
       out += kCrlf;
     }
     out += kCrlf;
     out += " Obs.Subst.Frq.   Fd=";
-    append_cell(out, e.obs_p + e.obs_q, kValue, 10);
+    out.cell(e.obs_p + e.obs_q, kValue, 10);
     out += kCrlf;
   }
   struct Row {
@@ -310,14 +321,14 @@ void append_noncoding_comparison(std::string& out, const RunLayout& run,
     }
     out += "K=";
     if (i == 4)
-      append_cell(out, e.k_tajima_2p, kValue, 10);
+      out.cell(e.k_tajima_2p, kValue, 10);
     else
-      append_cell(out, values[i], kValue, 10);
+      out.cell(values[i], kValue, 10);
     if (i == 1) {
       out += "  (A=";
-      append_cell(out, e.kimura_a, kValue, 9);
+      out.cell(e.kimura_a, kValue, 9);
       out += " B=";
-      append_cell(out, e.kimura_b, kValue, 9);
+      out.cell(e.kimura_b, kValue, 9);
       out += ")";
     }
     out += kCrlf;
@@ -325,17 +336,19 @@ void append_noncoding_comparison(std::string& out, const RunLayout& run,
   if (!run.window) out += kCrlf;
 }
 
-void append_noncoding_empty(std::string& out, const RunLayout& run, const ComparisonPlace& place,
+void append_noncoding_empty(std::string& text, const RunLayout& run, const ComparisonPlace& place,
                             long sites) {
+  Appender out(text);
   noncoding_head(out, run, place, sites);
   out += kCrlf;
   line(out, " NO APPLICABLE");
 }
 
-void append_coding_comparison(std::string& out, const RunLayout& run,
+void append_coding_comparison(std::string& text, const RunLayout& run,
                               const ComparisonPlace& place, long codons,
                               const divergence::ClassTotals& c,
                               const divergence::CodingEstimates& e) {
+  Appender out(text);
   coding_head(out, run, place, codons);
   if (run.pair_count <= 40) {
     out += kCrlf;
@@ -346,21 +359,21 @@ void append_coding_comparison(std::string& out, const RunLayout& run,
       const float row[5] = {c.Sites[k], c.SitesA[k], c.SitesG[k], c.SitesC[k], c.SitesT[k]};
       out += labels[k];
       for (int j = 0; j < 5; ++j) {
-        append_cell(out, row[j], kCount, 10);
+        out.cell(row[j], kCount, 10);
         total[j] += row[j];
       }
       out += kCrlf;
     }
     out += "  Total  : ";
-    for (float t : total) append_cell(out, t, kCount, 10);
+    for (float t : total) out.cell(t, kCount, 10);
     out += kCrlf;
     out += kCrlf;
     line(out, "              total      0-fold   2S-fold   2V-fold    4-fold");
     for (int kind = 0; kind < 2; ++kind) {
       const auto& v = kind == 0 ? c.ObsTS : c.ObsTV;
       out += kind == 0 ? " Obs.TRS : " : " Obs.TRV : ";
-      append_cell(out, v[0] + v[1] + v[2] + v[3], kCount, 10);
-      for (float x : v) append_cell(out, x, kCount, 10);
+      out.cell(v[0] + v[1] + v[2] + v[3], kCount, 10);
+      for (float x : v) out.cell(x, kCount, 10);
       out += kCrlf;
     }
   }
@@ -382,15 +395,17 @@ void append_coding_comparison(std::string& out, const RunLayout& run,
   star_line_after(out, run);
 }
 
-void append_coding_empty(std::string& out, const RunLayout& run, const ComparisonPlace& place,
+void append_coding_empty(std::string& text, const RunLayout& run, const ComparisonPlace& place,
                          long codons) {
+  Appender out(text);
   coding_head(out, run, place, codons);
   out += kCrlf;
   line(out, " NO APPLICABLE");
   star_line_after(out, run);
 }
 
-void append_window_columns(std::string& out, const RunLayout& run) {
+void append_window_columns(std::string& text, const RunLayout& run) {
+  Appender out(text);
   out += "Begin(bp)\tEnd(bp)\tMiddle(bp)";
   if (run.coding) {
     out += run.jukes_cantor_run ? "\tKs JC\tKa JC" : "\tKs K-2p\tKa K-2p";
@@ -406,26 +421,28 @@ void append_window_columns(std::string& out, const RunLayout& run) {
   out += kCrlf;
 }
 
-void append_window_names(std::string& out, std::string_view name_a, std::string_view name_b) {
+void append_window_names(std::string& text, std::string_view name_a, std::string_view name_b) {
+  Appender out(text);
   line(out, name_a);
   line(out, name_b);
 }
 
 namespace {
 
-void window_bounds(std::string& out, const WindowPlace& w) {
-  append_plain(out, w.first);
+void window_bounds(Appender& out, const WindowPlace& w) {
+  out.plain(w.first);
   out += '\t';
-  append_plain(out, w.last);
+  out.plain(w.last);
   out += '\t';
-  append_plain(out, w.first + (w.last - w.first) / 2);
+  out.plain(w.first + (w.last - w.first) / 2);
 }
 
 }  // namespace
 
-void append_noncoding_window_row(std::string& out, const RunLayout& run, const WindowPlace& w,
+void append_noncoding_window_row(std::string& text, const RunLayout& run, const WindowPlace& w,
                                  const divergence::NoncodingEstimates& e,
                                  const divergence::NoncodingNotApplicable& na) {
+  Appender out(text);
   window_bounds(out, w);
   const bool not_applicable[6] = {na.jukes_cantor, na.kimura,    na.tajima_nei,
                                   na.tajima_1p,    na.tajima_2p, na.tajima_4p};
@@ -437,22 +454,23 @@ void append_noncoding_window_row(std::string& out, const RunLayout& run, const W
     if (not_applicable[i])
       out += "N.A.";
     else if (i == 4)
-      append_format(out, e.k_tajima_2p, kValue);
+      out.cell(e.k_tajima_2p, kValue);
     else
-      append_format(out, values[i], kValue);
+      out.cell(values[i], kValue);
   }
   out += kCrlf;
 }
 
-void append_coding_window_row(std::string& out, const RunLayout& run, const WindowPlace& w,
+void append_coding_window_row(std::string& text, const RunLayout& run, const WindowPlace& w,
                               const divergence::CodingEstimates& e) {
+  Appender out(text);
   window_bounds(out, w);
   auto value = [&](double k, std::string_view note) {
     out += '\t';
     if (!note.empty())
       out += "N.A.";
     else
-      append_format(out, k, kWindowValue);
+      out.cell(k, kWindowValue);
   };
   if (run.jukes_cantor_run) {
     value(e.ks_jc, e.ks_jc_note);

@@ -211,9 +211,10 @@ constexpr char kDigitPairs[] =
     "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
     "8081828384858687888990919293949596979899";
 
+// Writes at `text`, which has kCellRoom bytes of room; returns the end, or
+// null where the generic path must write the number.
 template <class Real>
-bool append_compact(std::string& out, Real value, const Layout& l, int significant,
-                    std::size_t width) {
+char* write_compact(char* text, Real value, const Layout& l, int significant, std::size_t width) {
   std::uint64_t scaled = 0;
   const Real magnitude = value < 0 ? -value : value;
   bool done = false;
@@ -230,7 +231,7 @@ bool append_compact(std::string& out, Real value, const Layout& l, int significa
     }
   }
   if (!done && magnitude != 0 && !scaled_digits(magnitude, significant, l.frac_places, scaled))
-    return false;
+    return nullptr;
   const std::uint64_t unit = kPow10[l.frac_places];
   std::uint64_t whole = scaled / unit, fraction = scaled % unit;
   // The integer digits, right to left.
@@ -246,9 +247,8 @@ bool append_compact(std::string& out, Real value, const Layout& l, int significa
   const std::size_t length =
       l.first_placeholder + (negative ? 1 : 0) + shown + 1 + decimals + l.suffix_size;
   const std::size_t pad = length < width ? width - length : 0;
-  if (pad > 32 || shown > 20) return false;
-  // Fixed-size copies into a scratch line: each part then advances by its length.
-  char text[128];
+  if (pad > 32 || shown > 20) return nullptr;
+  // Fixed-size copies: each part then advances by its length.
   std::memset(text, ' ', 32);
   char* p = text + pad;
   std::memcpy(p, l.prefix, 8);
@@ -271,9 +271,7 @@ bool append_compact(std::string& out, Real value, const Layout& l, int significa
   }
   p += decimals;
   std::memcpy(p, l.suffix, 8);
-  p += l.suffix_size;
-  out.append(text, static_cast<std::size_t>(p - text));
-  return true;
+  return p + l.suffix_size;
 }
 
 // The text of a non-finite value, as the classic runtime writes it.
@@ -349,7 +347,13 @@ void append_formatted(std::string& out, Real value, const Pattern& l, int signif
     return;
   }
   const std::string_view pattern = l.text;
-  if (l.compact && append_compact(out, value, l, significant, width)) return;
+  if (l.compact) {
+    char text[kCellRoom];
+    if (char* end = write_compact(text, value, l, significant, width)) {
+      out.append(text, end);
+      return;
+    }
+  }
   Decimal d;
   to_decimal(value, significant, d);
   round_to(d, l.frac_places);
@@ -456,6 +460,16 @@ void append_cell(std::string& out, double value, const Pattern& pattern, std::si
 
 void append_cell(std::string& out, float value, const Pattern& pattern, std::size_t width) {
   append_formatted(out, value, pattern, kFloatDigits, width);
+}
+
+char* write_cell(char* at, double value, const Pattern& pattern, std::size_t width) {
+  if (!pattern.compact || !std::isfinite(value)) return nullptr;
+  return write_compact(at, value, pattern, kDoubleDigits, width);
+}
+
+char* write_cell(char* at, float value, const Pattern& pattern, std::size_t width) {
+  if (!pattern.compact || !std::isfinite(value)) return nullptr;
+  return write_compact(at, value, pattern, kFloatDigits, width);
 }
 
 std::string cell(double value, std::string_view pattern, std::size_t width) {

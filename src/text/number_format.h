@@ -102,6 +102,14 @@ void append_cell(std::string& out, float value, std::string_view pattern, std::s
 void append_cell(std::string& out, double value, const Pattern& pattern, std::size_t width);
 void append_cell(std::string& out, float value, const Pattern& pattern, std::size_t width);
 
+// append_cell written straight into a buffer where the pattern is compact and
+// the value finite: `at` needs kCellRoom bytes of room, of which the cell's
+// own length is kept. Returns the cell's end, or null where append_cell must
+// write it (other patterns, non-finite values, very long cells).
+inline constexpr std::size_t kCellRoom = 128;
+char* write_cell(char* at, double value, const Pattern& pattern, std::size_t width);
+char* write_cell(char* at, float value, const Pattern& pattern, std::size_t width);
+
 // The plain form of a number: at most 15 significant digits for a double, 7 for
 // a float, trailing zeros dropped, no point for whole numbers ("12"), a zero in
 // front of the point ("0.5", "-0.25"). Exponent form ("1E-05", "1.5E+20", an
