@@ -41,6 +41,9 @@ bool write_parts(const std::string& path, std::string_view first, std::string_vi
 AtomicFile::AtomicFile(const std::string& path) : target_(path) {
   if (!path.empty()) file_ = open_temporary(fs::path(path), temporary_);
   ok_ = file_ != nullptr;
+  // Texts come in large pieces: each goes to the file in one write, not
+  // through the stream's buffer in two.
+  if (ok_) std::setvbuf(file_, nullptr, _IONBF, 0);
 }
 
 AtomicFile::~AtomicFile() {
