@@ -835,6 +835,7 @@ struct Run::Block {
   std::vector<ItemResult> results;
   std::vector<ItemSettled> settled_items;
   std::size_t settled = 0;  // items the ordered pass went through
+  std::size_t ahead = 0;    // first items computed while the block before was finishing
 };
 
 // Appends the texts of settled items to the report and the window table, in
@@ -857,6 +858,7 @@ void Run::append_texts(const Block& block, std::size_t count) {
 void Run::gather(Block& block) {
   block.items.clear();
   block.settled = 0;
+  block.ahead = 0;
   Item item;
   while (block.items.size() < kBlock && next_item(item)) block.items.push_back(item);
   // Sized by the items of the block: a small run does not clear a full block.
@@ -912,8 +914,17 @@ bool Run::execute() {
   while (!current->items.empty()) {
     Settled last = Settled::Written;
     bool texts_appended = false;
+    bool after_gathered = false;
     std::size_t texts = 0;
-    parallel_.for_each(next->items.size(), compute(*next), [&] {
+    // This thread, done with its share while another thread still computes
+    // its last items, starts on the block after next.
+    const auto compute_ahead = [&] {
+      Block& b = *after;
+      if (!after_gathered || b.ahead >= b.items.size()) return false;
+      compute(b)(b.ahead++, 0);
+      return true;
+    };
+    parallel_.for_each(next->ahead, next->items.size(), compute(*next), [&] {
       Block& b = *current;
       last = settle_block(b);
       texts = b.settled + (last == Settled::Failure ? 1 : 0);
@@ -927,8 +938,11 @@ bool Run::execute() {
         texts_appended = true;
         if (last == Settled::Written) flush(false);
       }
-      if (last == Settled::Written) gather(*after);
-    });
+      if (last == Settled::Written) {
+        gather(*after);
+        after_gathered = true;
+      }
+    }, compute_ahead);
     if (!texts_appended) {
       Block& b = *current;
       parallel_.for_each(pending.size(), [&](std::size_t k, int) {

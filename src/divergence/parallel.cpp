@@ -97,9 +97,16 @@ void ParallelContext::for_each(std::size_t n, const std::function<void(std::size
 
 void ParallelContext::for_each(std::size_t n, const std::function<void(std::size_t, int)>& fn,
                                const std::function<void()>& first) const {
-  if (threads_ <= 1 || n <= 1) {
+  for_each(0, n, fn, first, nullptr);
+}
+
+void ParallelContext::for_each(std::size_t start, std::size_t n,
+                               const std::function<void(std::size_t, int)>& fn,
+                               const std::function<void()>& first,
+                               const std::function<bool()>& while_waiting) const {
+  if (threads_ <= 1 || n <= start + 1) {
     if (first) first();
-    for (std::size_t i = 0; i < n; ++i) fn(i, 0);
+    for (std::size_t i = start; i < n; ++i) fn(i, 0);
     return;
   }
   if (!pool_) {
@@ -110,8 +117,8 @@ void ParallelContext::for_each(std::size_t n, const std::function<void(std::size
   // No worker is in a call here: the last call returned only when all were done.
   pool.n = n;
   // Small chunks taken in turn keep the workers busy when items differ in cost.
-  pool.chunk = std::max<std::size_t>(1, n / (static_cast<std::size_t>(threads_) * 8));
-  pool.next.store(0, std::memory_order_relaxed);
+  pool.chunk = std::max<std::size_t>(1, (n - start) / (static_cast<std::size_t>(threads_) * 8));
+  pool.next.store(start, std::memory_order_relaxed);
   pool.fn = &fn;
   pool.running.store(threads_ - 1, std::memory_order_relaxed);
   {
@@ -122,6 +129,9 @@ void ParallelContext::for_each(std::size_t n, const std::function<void(std::size
   if (first) first();
   pool.work(0);
   const auto finished = [&] { return pool.running.load(std::memory_order_acquire) == 0; };
+  if (while_waiting)
+    while (!finished() && while_waiting()) {
+    }
   if (!poll_for(finished)) {
     std::unique_lock lock(pool.mutex);
     pool.done.wait(lock, finished);

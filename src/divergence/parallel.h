@@ -26,6 +26,13 @@ class ParallelContext {
   // of the calls (the other workers start on theirs at once).
   void for_each(std::size_t n, const std::function<void(std::size_t, int)>& fn,
                 const std::function<void()>& first) const;
+  // The same over [start, n), and while the calling thread waits for the
+  // others to finish their last calls it calls while_waiting() (as worker 0)
+  // for as long as that returns true: a caller with other work at hand does
+  // it then rather than wait.
+  void for_each(std::size_t start, std::size_t n, const std::function<void(std::size_t, int)>& fn,
+                const std::function<void()>& first,
+                const std::function<bool()>& while_waiting) const;
 
  private:
   struct Pool;

@@ -3,11 +3,13 @@
 // command line with 1, 2 and 7 threads, every output compared byte for byte.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <filesystem>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "divergence/parallel.h"
 #include "support/cli_runner.h"
 #include "support/paths.h"
 
@@ -17,7 +19,7 @@ using varnoth::testing::read_file;
 using varnoth::testing::scratch_dir;
 using varnoth::testing::write_file;
 
-constexpr int kSequences = 45;  // 990 comparisons: more than one block
+constexpr int kSequences = 50;  // 1225 comparisons: three blocks
 constexpr int kCodons = 150;
 
 bool is_stop(const std::string& c) {
@@ -89,20 +91,48 @@ struct Case {
   const char* expected;  // a text the report or the messages must hold
 };
 
+// The form of for_each that a run uses to compute ahead: every index from
+// `start` once, none before it, first() once; and what the calling thread does
+// while it waits is its own work, taken up to its end.
+TEST(Threads, ForEachFromAStartWithWorkWhileWaiting) {
+  for (const int threads : {1, 2, 7}) {
+    SCOPED_TRACE(threads);
+    const varnoth::divergence::ParallelContext parallel(threads);
+    for (const std::size_t n : {0, 1, 2, 3, 40, 1000}) {
+      for (const std::size_t start : {std::size_t{0}, std::size_t{1}, n / 2, n}) {
+        std::vector<std::atomic<int>> calls(n);
+        std::vector<int> aside(300, 0);
+        std::size_t taken = 0;
+        int firsts = 0;
+        parallel.for_each(
+            start, n, [&](std::size_t i, int) { ++calls[i]; }, [&] { ++firsts; },
+            [&] {
+              if (taken == aside.size()) return false;
+              ++aside[taken++];
+              return true;
+            });
+        EXPECT_EQ(firsts, 1);
+        for (std::size_t i = 0; i < n; ++i) ASSERT_EQ(calls[i].load(), i < start ? 0 : 1) << i;
+        for (std::size_t i = 0; i < taken; ++i) ASSERT_EQ(aside[i], 1);
+      }
+    }
+  }
+}
+
 TEST(Threads, EveryOutputIsTheSameOnOneTwoAndSevenThreads) {
   const Case cases[] = {
-      {"coding", 0, {}, false, "ks", "Comparison # 990"},
-      {"coding Jukes and Cantor", 0, {"--method", "jc"}, false, "ka", "Comparison # 990"},
-      {"coding at most one change", 0, {"--restrict", "max1"}, false, nullptr, "Comparison # 990"},
-      {"coding weighted", 0, {"--weight", "0.8"}, false, nullptr, "Comparison # 990"},
-      {"coding region", 0, {"--region", "31-420"}, false, "trsa", "Comparison # 990"},
+      {"coding", 0, {}, false, "ks", "Comparison # 1225"},
+      {"coding Jukes and Cantor", 0, {"--method", "jc"}, false, "ka", "Comparison # 1225"},
+      {"coding at most one change", 0, {"--restrict", "max1"}, false, nullptr, "Comparison # 1225"},
+      {"coding weighted", 0, {"--weight", "0.8"}, false, nullptr, "Comparison # 1225"},
+      {"coding region", 0, {"--region", "31-420"}, false, "trsa", "Comparison # 1225"},
       {"coding windows", 0, {"--window", "60:21"}, true, nullptr, " WINDOW #20"},
       {"coding stop codon", 25, {}, false, nullptr, "STOP Codons"},
       // The pair (1, 45) fails in its 17th window, in the third block of windows.
       {"coding stop codon in windows", 45, {"--window", "60:15"}, true, nullptr, "STOP Codons"},
-      {"noncoding", 0, {"--noncoding", "--method", "all"}, false, "t2p", "Comparison # 990"},
+      {"noncoding", 0, {"--noncoding", "--method", "all"}, false, "t2p", "Comparison # 1225"},
       {"noncoding region", 0, {"--noncoding", "--method", "all", "--region", "31-421"}, false,
-       "k2p", "Comparison # 990"},
+       "k2p", "Comparison # 1225"},
       {"noncoding windows", 0, {"--noncoding", "--method", "all", "--window", "40:7"}, true,
        nullptr, " WINDOW #59"},
   };
