@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 #include "input/line_list.h"
 
@@ -13,13 +14,14 @@ constexpr double kFirstRoom = 4096;  // cells reserved at most before a sequence
 
 double cell_room(double seq_length) { return std::nearbyint(1 + seq_length / 3); }
 
+void CodonCutter::reserve_first() {
+  cells_.reserve(room_ >= 1 && room_ < kFirstRoom ? static_cast<std::size_t>(room_)
+                                                   : static_cast<std::size_t>(kFirstRoom));
+}
+
 bool CodonCutter::store(const char* letters, int count) {
   if (static_cast<double>(cells_.size()) + 1 > room_) return false;
-  // The first cell makes room for a sequence of the length the file gives, up
-  // to a bound: the cells are then not moved as they grow.
-  if (cells_.capacity() == 0)
-    cells_.reserve(room_ >= 1 && room_ < kFirstRoom ? static_cast<std::size_t>(room_)
-                                                     : static_cast<std::size_t>(kFirstRoom));
+  if (cells_.capacity() == 0) reserve_first();
   CodonCell cell{' ', ' ', ' '};
   for (int k = 0; k < count; ++k) cell[static_cast<size_t>(k)] = letters[k];
   cells_.push_back(cell);
@@ -33,6 +35,19 @@ bool CodonCutter::add(std::string_view data) {
   while (p != end) {
     // Whole cells straight from the line while three letters follow in a row.
     if (carried_ == 0) {
+      // A stretch without blanks whose whole cells all fit: copied at once.
+      const char* blank = static_cast<const char*>(
+          std::memchr(p, ' ', static_cast<std::size_t>(end - p)));
+      const auto whole = static_cast<std::size_t>((blank ? blank : end) - p) / 3;
+      if (whole > 1 && static_cast<double>(cells_.size() + whole) <= room_) {
+        if (cells_.capacity() == 0) reserve_first();
+        const std::size_t at = cells_.size();
+        cells_.resize(at + whole);
+        static_assert(sizeof(CodonCell) == 3);
+        std::memcpy(cells_.data() + at, p, 3 * whole);
+        last_letters_ += static_cast<long>(3 * whole);
+        p += 3 * whole;
+      }
       while (end - p >= 3 && !is_blank(p[0]) && !is_blank(p[1]) && !is_blank(p[2])) {
         last_letters_ += 3;
         if (!store(p, 3)) {

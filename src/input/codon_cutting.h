@@ -32,6 +32,9 @@ class CodonCutter {
 
  private:
   bool store(const char* letters, int count);
+  // The first cell makes room for a sequence of the length the file gives, up
+  // to a bound: the cells are then not moved as they grow.
+  void reserve_first();
 
   std::vector<CodonCell>& cells_;
   double room_;
