@@ -52,7 +52,8 @@ void resolve_identity_dots(std::vector<std::vector<CodonCell>>& rows) {
   if (rows.empty()) return;
   const auto& first = rows[0];
   for (size_t i = 1; i < rows.size(); ++i) {
-    if (std::memchr(rows[i].data(), '.', 3 * rows[i].size()) == nullptr) continue;
+    if (rows[i].empty() || std::memchr(rows[i].data(), '.', 3 * rows[i].size()) == nullptr)
+      continue;
     for (size_t c = 0; c < rows[i].size(); ++c)
       for (size_t k = 0; k < 3; ++k)
         if (rows[i][c][k] == '.') rows[i][c][k] = first[c][k];
