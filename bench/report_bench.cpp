@@ -22,11 +22,29 @@ std::vector<std::string> names(std::size_t count) {
   return out;
 }
 
+// Blocks of comparisons 1, 2, ... of 400 sequences written by
+// write(out, place, i) for the i-th comparison of the block.
+template <typename Write>
+void write_blocks(benchmark::State& state, Write&& write) {
+  const auto seq = names(400);
+  std::string out;
+  long number = 1;
+  for (auto _ : state) {
+    out.clear();
+    for (std::size_t i = 0; i < kBlock; ++i, ++number) {
+      const reports::ComparisonPlace place{number, seq[i % 400], seq[(i * 7) % 400], nullptr};
+      write(out, place, i);
+    }
+    benchmark::DoNotOptimize(out.data());
+  }
+  state.counters["comparisons/s"] =
+      benchmark::Counter(static_cast<double>(state.iterations() * kBlock), benchmark::Counter::kIsRate);
+}
+
 void CodingText(benchmark::State& state) {
   reports::RunLayout run;
   run.coding = true;
   run.pair_count = 79800;
-  const auto seq = names(400);
   std::mt19937_64 rng(7);
   std::uniform_real_distribution<double> k(0.01, 0.2), sites(300, 1200);
   std::vector<divergence::CodingEstimates> values(kBlock);
@@ -37,25 +55,15 @@ void CodingText(benchmark::State& state) {
     e.nes = static_cast<float>(sites(rng));
   }
   const divergence::ClassTotals classes;
-  std::string out;
-  long number = 1;
-  for (auto _ : state) {
-    out.clear();
-    for (std::size_t i = 0; i < kBlock; ++i, ++number) {
-      const reports::ComparisonPlace place{number, seq[i % 400], seq[(i * 7) % 400], nullptr};
-      reports::append_coding_comparison(out, run, place, 500, classes, values[i]);
-    }
-    benchmark::DoNotOptimize(out.data());
-  }
-  state.counters["comparisons/s"] =
-      benchmark::Counter(static_cast<double>(state.iterations() * kBlock), benchmark::Counter::kIsRate);
+  write_blocks(state, [&](std::string& out, const reports::ComparisonPlace& place, std::size_t i) {
+    reports::append_coding_comparison(out, run, place, 500, classes, values[i]);
+  });
 }
 
 void NoncodingText(benchmark::State& state) {
   reports::RunLayout run;
   run.pair_count = 79800;
   run.methods = {true, true, true, true, true, true};
-  const auto seq = names(400);
   std::mt19937_64 rng(7);
   std::uniform_real_distribution<double> k(0.01, 0.2);
   std::vector<divergence::NoncodingEstimates> values(kBlock);
@@ -64,18 +72,9 @@ void NoncodingText(benchmark::State& state) {
     e.k_tajima_nei = k(rng), e.k_tajima_1p = k(rng), e.k_tajima_2p = k(rng), e.k_tajima_4p = k(rng);
   }
   const divergence::NoncodingNotApplicable na;
-  std::string out;
-  long number = 1;
-  for (auto _ : state) {
-    out.clear();
-    for (std::size_t i = 0; i < kBlock; ++i, ++number) {
-      const reports::ComparisonPlace place{number, seq[i % 400], seq[(i * 7) % 400], nullptr};
-      reports::append_noncoding_comparison(out, run, place, 1500, values[i], na);
-    }
-    benchmark::DoNotOptimize(out.data());
-  }
-  state.counters["comparisons/s"] =
-      benchmark::Counter(static_cast<double>(state.iterations() * kBlock), benchmark::Counter::kIsRate);
+  write_blocks(state, [&](std::string& out, const reports::ComparisonPlace& place, std::size_t i) {
+    reports::append_noncoding_comparison(out, run, place, 1500, values[i], na);
+  });
 }
 
 BENCHMARK(CodingText)->Unit(benchmark::kMicrosecond);
