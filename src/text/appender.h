@@ -31,7 +31,8 @@ class Appender {
       put_long(s);
       return *this;
     }
-    std::memcpy(p_, s.data(), s.size());
+    // An empty view may hold no pointer at all, which memcpy must not get.
+    if (!s.empty()) std::memcpy(p_, s.data(), s.size());
     p_ += s.size();
     return *this;
   }

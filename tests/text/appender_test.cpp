@@ -55,6 +55,7 @@ TEST(Appender, WritesWhatThePlainAppendsWrite) {
           case 1:
             out += '\t';
             slow += '\t';
+            out += std::string_view();  // no pointer behind it
             break;
           case 2: {
             const std::size_t n = rng() % 2 ? rng() % 10 : rng() % 2000;
