@@ -347,12 +347,10 @@ void append_formatted(std::string& out, Real value, const Pattern& l, int signif
     return;
   }
   const std::string_view pattern = l.text;
-  if (l.compact) {
-    char text[kCellRoom];
-    if (char* end = write_compact(text, value, l, significant, width)) {
-      out.append(text, end);
-      return;
-    }
+  char text[kCellRoom];
+  if (char* end = write_cell(text, value, l, width)) {
+    out.append(text, end);
+    return;
   }
   Decimal d;
   to_decimal(value, significant, d);
