@@ -40,16 +40,21 @@ struct ParallelContext::Pool {
   std::atomic<bool> stop{false};
 
   // The current call, set before `generation` moves on.
-  std::size_t n = 0, chunk = 1;
+  std::size_t n = 0, chunk = 1, tail_share = 2;
   std::atomic<std::size_t> next{0};
   const std::function<void(std::size_t, int)>* fn = nullptr;
 
+  // Chunks shrink as the calls run out, down to one call: the workers then
+  // finish within a call of each other, not a whole chunk.
   void work(int worker) {
+    std::size_t begin = next.load(std::memory_order_relaxed);
     while (true) {
-      const std::size_t begin = next.fetch_add(chunk);
       if (begin >= n) return;
-      const std::size_t end = std::min(n, begin + chunk);
+      const std::size_t size = std::clamp<std::size_t>((n - begin) / tail_share, 1, chunk);
+      if (!next.compare_exchange_weak(begin, begin + size, std::memory_order_relaxed)) continue;
+      const std::size_t end = std::min(n, begin + size);
       for (std::size_t i = begin; i < end; ++i) (*fn)(i, worker);
+      begin = next.load(std::memory_order_relaxed);
     }
   }
 
@@ -118,6 +123,7 @@ void ParallelContext::for_each(std::size_t start, std::size_t n,
   pool.n = n;
   // Small chunks taken in turn keep the workers busy when items differ in cost.
   pool.chunk = std::max<std::size_t>(1, (n - start) / (static_cast<std::size_t>(threads_) * 8));
+  pool.tail_share = 2 * static_cast<std::size_t>(threads_);
   pool.next.store(start, std::memory_order_relaxed);
   pool.fn = &fn;
   pool.running.store(threads_ - 1, std::memory_order_relaxed);
