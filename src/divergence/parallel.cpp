@@ -52,8 +52,8 @@ struct ParallelContext::Pool {
       if (begin >= n) return;
       const std::size_t size = std::clamp<std::size_t>((n - begin) / tail_share, 1, chunk);
       if (!next.compare_exchange_weak(begin, begin + size, std::memory_order_relaxed)) continue;
-      const std::size_t end = std::min(n, begin + size);
-      for (std::size_t i = begin; i < end; ++i) (*fn)(i, worker);
+      // No bound needed: a chunk is at most the calls left.
+      for (std::size_t i = begin; i < begin + size; ++i) (*fn)(i, worker);
       begin = next.load(std::memory_order_relaxed);
     }
   }
