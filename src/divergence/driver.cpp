@@ -30,27 +30,50 @@ constexpr std::size_t kBlock = 512;  // comparisons (or windows) computed at a t
 
 enum class Selection { All, MaxOneChange, OnlyAaChange, No3Diff };
 
-// One comparison of a whole or region run, or one window of a comparison.
-struct Item {
-  long n = 0, a = 0, b = 0;
+// Where the comparisons of an item are made: the window and its columns.
+struct Place {
   reports::WindowPlace window;  // index 0 outside window runs
   ColumnRange columns;
 };
 
-// What the computation of an item leaves for the ordered pass. Only the thread
-// that computes the item writes it and the ordered pass only reads it, so that
-// its memory crosses from one core to the other once.
+// One comparison of a whole or region run, or one window of a comparison.
+// Small: the ordered pass writes one for every item and the thread that
+// computes it reads it, from another core.
+struct Item {
+  long n = 0;
+  std::int32_t a = 0, b = 0;
+  long window = 0;  // index from 1; 0 outside window runs
+};
+
+// Beyond this many windows a run works out a window's place each time it
+// needs it rather than hold them all.
+constexpr std::size_t kMaxKeptPlaces = std::size_t{1} << 16;
+
+// What the computation of an item leaves. It stays with the thread that
+// computed it: the ordered pass reads the item's summary and goes to the full
+// result only where it needs more (an item that takes from the carry, a
+// failure, the stores, the last item of a block), so that little memory
+// crosses from one core to the other.
 struct ItemResult {
-  enum class Kind { Done, Empty, StopCodon, NoPathway } kind = Kind::Done;
+  enum class Kind : std::uint8_t { Done, Empty, StopCodon, NoPathway } kind = Kind::Done;
   long count = 0;  // sites (noncoding) or codons compared (coding)
   NoncodingResult noncoding;
   ChangeAccountingResult changes;
   ClassTotals classes;
   CodingResult coding;
-  // The item's lines written ahead, on the thread that computed it, where they
-  // cannot depend on the pairs before it (nothing taken from the carry).
+};
+
+// What the ordered pass reads of every computed item.
+struct ItemSummary {
+  ItemResult::Kind kind = ItemResult::Kind::Done;
+  // The item's lines were written ahead, on the thread that computed it, as
+  // they cannot depend on the pairs before it (nothing taken from the carry).
   bool prewritten = false;
-  std::string own_report, own_table;
+  std::uint16_t worker = 0;  // the thread that computed it
+  std::uint32_t slot = 0;    // its result among that thread's results of the block
+  // Its lines written ahead, in that thread's texts of the block.
+  std::uint32_t report_at = 0, report_length = 0;
+  std::uint32_t table_at = 0, table_length = 0;
 };
 
 // What the ordered pass leaves for the writing of an item's text.
@@ -64,6 +87,15 @@ struct ItemSettled {
   // The item's text of the report and of the window table: what the ordered
   // pass writes before the item (the positions block, the window names), then
   // the item's lines where they were not written ahead.
+  std::string report, table;
+};
+
+// What one thread computed of a block: the full results and the lines written
+// ahead, item after item. Aligned so that two threads never write to the same
+// cache line.
+struct alignas(64) WorkerPart {
+  std::vector<ItemResult> results;
+  std::size_t used = 0;
   std::string report, table;
 };
 
@@ -97,7 +129,7 @@ struct SequenceTables {
   std::shared_ptr<const PairPlacingTable> pairs;
 
   static std::size_t range_of(const Item& item) {
-    return item.window.index > 0 ? static_cast<std::size_t>(item.window.index - 1) : 0;
+    return item.window > 0 ? static_cast<std::size_t>(item.window - 1) : 0;
   }
 };
 
@@ -114,10 +146,10 @@ int differences(int x, int y) {
 // The arithmetic of one item: a pure function of the filtered alignment and
 // the settings, so items can be computed on any thread in any order.
 void compute_noncoding(const FilteredAlignment& f, const SequenceTables& tables,
-                       const Item& item, ItemResult& out) {
+                       const Item& item, const Place& place, ItemResult& out) {
   const auto& s1 = f.sites[static_cast<std::size_t>(item.a - 1)];
   const auto& s2 = f.sites[static_cast<std::size_t>(item.b - 1)];
-  const std::size_t begin = item.columns.site_begin, end = item.columns.site_end;
+  const std::size_t begin = place.columns.site_begin, end = place.columns.site_end;
   out.count = static_cast<long>(end - begin);
   if (out.count == 0) {
     out.kind = ItemResult::Kind::Empty;
@@ -168,12 +200,12 @@ void estimate_item(const ClassTotals& classes, ItemResult& out) {
 // that differ are walked. The plain walk gives such codons nothing and places
 // nothing for them, so the sums are the same, added in the same order.
 bool compute_coding_from_tables(const FilteredAlignment& f, const SequenceTables& tables,
-                                const Item& item, ItemResult& out) {
+                                const Item& item, const Place& place, ItemResult& out) {
   const auto& ranges = tables.coding[SequenceTables::range_of(item)];
   const CodingSummary& seq1 = ranges[static_cast<std::size_t>(item.a - 1)];
   const CodingSummary& seq2 = ranges[static_cast<std::size_t>(item.b - 1)];
   if (!seq1.sites.every_codon_has_row || !seq2.sites.every_codon_has_row) return false;
-  const std::size_t begin = item.columns.codon_begin, end = item.columns.codon_end;
+  const std::size_t begin = place.columns.codon_begin, end = place.columns.codon_end;
   const Codon* c1 = f.codons[static_cast<std::size_t>(item.a - 1)].data() + begin;
   const Codon* c2 = f.codons[static_cast<std::size_t>(item.b - 1)].data() + begin;
   out.count = static_cast<long>(end - begin);
@@ -196,13 +228,14 @@ bool compute_coding_from_tables(const FilteredAlignment& f, const SequenceTables
 }
 
 void compute_coding(const FilteredAlignment& f, const SequenceTables& tables, const Item& item,
-                    const PairSettings& settings, Scratch& scratch, ItemResult& out) {
+                    const Place& place, const PairSettings& settings, Scratch& scratch,
+                    ItemResult& out) {
   if (settings.selection == Selection::All && !tables.coding.empty() &&
-      compute_coding_from_tables(f, tables, item, out))
+      compute_coding_from_tables(f, tables, item, place, out))
     return;
   const auto& all1 = f.codons[static_cast<std::size_t>(item.a - 1)];
   const auto& all2 = f.codons[static_cast<std::size_t>(item.b - 1)];
-  const std::size_t begin = item.columns.codon_begin, end = item.columns.codon_end;
+  const std::size_t begin = place.columns.codon_begin, end = place.columns.codon_end;
   std::span<const Codon> c1(all1.data() + begin, end - begin);
   std::span<const Codon> c2(all2.data() + begin, end - begin);
   if (settings.selection != Selection::All) {
@@ -268,26 +301,30 @@ class Run {
   Run(AnalysisRecord& rec, Platform& platform, const RunSettings& settings)
       : rec_(rec), platform_(platform), settings_(settings), parallel_(settings.threads) {}
   bool execute();
+  struct Block;
 
  private:
   bool prepare();
   bool next_item(Item& item);
-  bool place_window(long index, Item& item) const;
+  bool place_window(long index, Place& place) const;
+  void place_items();
+  const Place& place_of(const Item& item, Place& spare) const;
   void build_tables();
   void failure(const std::string& message);
   void progress(long n, long window);
   enum class Settled { Written, End, Failure };
-  struct Block;
   void gather(Block& block);
   Settled settle_block(Block& block);
-  Settled settle(const Item& item, const ItemResult& result, ItemSettled& settled);
+  Settled settle(Block& block, std::size_t i);
+  void settle_left();
   void settle_noncoding(long n, const ItemResult& result, ItemSettled& settled);
   void settle_coding(const Item& item, long n, const ItemResult& result, ItemSettled& settled);
   void write_item(const Item& item, const ItemResult& result, ItemSettled& settled) const;
   void write_lines(const Item& item, const ItemResult& r, const CodingEstimates& coding,
                    const NoncodingEstimates& noncoding, const NoncodingNotApplicable& na,
                    long number, std::string& report, std::string& table) const;
-  void prewrite(const Item& item, ItemResult& result) const;
+  void prewrite(const Item& item, const ItemResult& result, WorkerPart& part,
+                ItemSummary& summary) const;
   void append_texts(const Block& block, std::size_t count);
   void hand_on_pair(const Item& item, long n, const ItemResult& result);
   void after_item();
@@ -324,6 +361,8 @@ class Run {
   bool positions_written_ = false;
   // Item walk.
   long n_ = 1, a_ = 1, b_ = 2, window_index_ = 0;
+  std::vector<Place> places_;  // [0] the whole or region run; [i] window i
+  long window_count_ = 0;
   bool walk_done_ = false;
   // An empty pair ends the run: the comparison number jumps to the last one
   // and only the remaining windows of that comparison follow.
@@ -332,6 +371,16 @@ class Run {
   double region_first_ = 1, region_last_ = 0;
   // Report length handed to the sink so far, and what Text3 holds of it.
   std::size_t report_flushed_ = 0;
+  // A comparison that took nothing from the carry is settled only when what
+  // it leaves is needed: by the next comparison that is not, or at the end of
+  // its block. Its result is then read once, not every comparison's.
+  bool settle_later_ = false;  // no stores and no pair sink
+  struct Left {
+    const Item* item = nullptr;
+    long n = 0;
+    const ItemResult* result = nullptr;
+    ItemSettled* settled = nullptr;
+  } left_;
   std::string failure_message_;
   std::string pair_count_text_;  // " of" & PairCount, for the progress text
   ComparisonRow spare_row_{};
@@ -343,6 +392,21 @@ class Run {
     double ks = 0, ka = 0;
   } last_pair_;
 };
+
+// Items computed and written a block at a time.
+struct Run::Block {
+  std::vector<Item> items;
+  std::vector<ItemSummary> summaries;
+  std::vector<ItemSettled> settled_items;
+  std::vector<WorkerPart> parts;  // one per thread
+  std::size_t settled = 0;  // items the ordered pass went through
+  std::size_t ahead = 0;    // first items computed while the block before was finishing
+};
+
+const ItemResult& result_of(const Run::Block& block, std::size_t i) {
+  const ItemSummary& summary = block.summaries[i];
+  return block.parts[summary.worker].results[summary.slot];
+}
 
 // The one-line summary of the last pair of a Kimura run: sequence numbers in
 // columns 1-4 and 6-9, Ks in 10-18, Ka in 20-27.
@@ -399,36 +463,59 @@ void Run::progress(long n, long window) {
 }
 
 // Window `index` (from 1) of every comparison; true when it is the last one.
-bool Run::place_window(long index, Item& item) const {
+bool Run::place_window(long index, Place& place) const {
   const RegionFields& region = rec_.region;
   const double first = 1 + static_cast<double>(index - 1) * region.WindowStep;
   double last = region.WindowSize + static_cast<double>(index - 1) * region.WindowStep;
   if (last > seq_length_) last = seq_length_;
-  item.window = {index, first, last, static_cast<long>(std::floor((first - 1) / 3)) + 1,
-                 static_cast<long>(std::floor(last / 3))};
-  item.columns = columns_in_cells(filtered_, item.window.first_codon, item.window.last_codon);
+  place.window = {index, first, last, static_cast<long>(std::floor((first - 1) / 3)) + 1,
+                  static_cast<long>(std::floor(last / 3))};
+  place.columns = columns_in_cells(filtered_, place.window.first_codon, place.window.last_codon);
   return !(last < seq_length_);
+}
+
+// The place of the whole (or region) run, or the number of windows and the
+// places of the first of them: the windows are the same for every comparison.
+void Run::place_items() {
+  places_.assign(1, Place{{},
+                          {0, static_cast<std::size_t>(filtered_.codon_count()), 0,
+                           static_cast<std::size_t>(filtered_.site_count())}});
+  window_count_ = 0;
+  if (!window_) return;
+  Place place;
+  for (long index = 1;; ++index) {
+    const bool last = place_window(index, place);
+    if (places_.size() < kMaxKeptPlaces) places_.push_back(place);
+    if (last) {
+      window_count_ = index;
+      return;
+    }
+  }
+}
+
+// The place of an item: one of those kept, or else `spare` filled in.
+const Place& Run::place_of(const Item& item, Place& spare) const {
+  if (static_cast<std::size_t>(item.window) < places_.size())
+    return places_[static_cast<std::size_t>(item.window)];
+  place_window(item.window, spare);
+  return spare;
 }
 
 // What each sequence brings to every pair, per range of columns: the windows
 // are the same for every comparison.
 void Run::build_tables() {
   tables_ = {};
+  const auto n = static_cast<std::size_t>(sequences_);
+  if (static_cast<std::size_t>(std::max(1L, window_count_)) * n > kMaxTableEntries) return;
   std::vector<ColumnRange> ranges;
   if (window_) {
     Item item;
-    for (long index = 1;; ++index) {
-      const bool last = place_window(index, item);
-      ranges.push_back(item.columns);
-      if (last) break;
-      if (ranges.size() * static_cast<std::size_t>(sequences_) > kMaxTableEntries) return;
-    }
+    Place spare;
+    for (item.window = 1; item.window <= window_count_; ++item.window)
+      ranges.push_back(place_of(item, spare).columns);
   } else {
-    ranges.push_back({0, static_cast<std::size_t>(filtered_.codon_count()), 0,
-                      static_cast<std::size_t>(filtered_.site_count())});
+    ranges.push_back(places_[0].columns);
   }
-  const auto n = static_cast<std::size_t>(sequences_);
-  if (ranges.size() * n > kMaxTableEntries) return;
   if (coding_) {
     if (pair_.selection != Selection::All) return;
     tables_.coding.assign(ranges.size(), std::vector<CodingSummary>(n));
@@ -478,15 +565,13 @@ void Run::build_tables() {
 bool Run::next_item(Item& item) {
   if (walk_done_) return false;
   item.n = n_;
-  item.a = a_;
-  item.b = b_;
+  item.a = static_cast<std::int32_t>(a_);
+  item.b = static_cast<std::int32_t>(b_);
+  item.window = 0;
   bool pair_done = true;
   if (window_) {
-    pair_done = place_window(++window_index_, item);
-  } else {
-    item.window = {};
-    item.columns = {0, static_cast<std::size_t>(filtered_.codon_count()), 0,
-                    static_cast<std::size_t>(filtered_.site_count())};
+    item.window = ++window_index_;
+    pair_done = window_index_ >= window_count_;
   }
   if (pair_done) {
     window_index_ = 0;
@@ -587,6 +672,7 @@ bool Run::prepare() {
   // Whether a column is kept depends on its own letters alone, so one pass
   // over the alignment serves every window.
   filter_alignment(seq, sequences_, range, coding_, pair_.code, filtered_);
+  place_items();
   build_tables();
   res.CodingMode = coding_ ? 1 : 0;
   platform_.busy(true);
@@ -664,7 +750,8 @@ void Run::write_item(const Item& item, const ItemResult& r, ItemSettled& s) cons
 void Run::write_lines(const Item& item, const ItemResult& r, const CodingEstimates& coding,
                       const NoncodingEstimates& noncoding, const NoncodingNotApplicable& na,
                       long number, std::string& report, std::string& table) const {
-  const reports::WindowPlace* w = window_ ? &item.window : nullptr;
+  Place spare;
+  const reports::WindowPlace* w = window_ ? &place_of(item, spare).window : nullptr;
   reports::ComparisonPlace place{number, rec_.seq.SeqNames[static_cast<std::size_t>(item.a - 1)],
                                  rec_.seq.SeqNames[static_cast<std::size_t>(item.b - 1)], w};
   if (r.kind == ItemResult::Kind::Empty) {
@@ -682,24 +769,31 @@ void Run::write_lines(const Item& item, const ItemResult& r, const CodingEstimat
 }
 
 // Writes the lines of a computed item that takes nothing from the carry, as
-// the ordered pass would settle it under its own comparison number: most
-// items are then written where they were computed, in the same pass.
-void Run::prewrite(const Item& item, ItemResult& r) const {
-  r.prewritten = false;
-  r.own_report.clear();
-  r.own_table.clear();
+// the ordered pass would settle it under its own comparison number, to the
+// texts of the thread that computed it: most items are then written where
+// they were computed, in the same pass.
+void Run::prewrite(const Item& item, const ItemResult& r, WorkerPart& part,
+                   ItemSummary& summary) const {
+  summary.prewritten = false;
+  summary.report_length = 0;
+  summary.table_length = 0;
   if (r.kind != ItemResult::Kind::Done) return;
+  if (coding_ ? !r.coding.effective_sites_written
+              : !r.noncoding.kimura_ab_written || !r.noncoding.tajima_1p_4p_written)
+    return;
   static const CodingEstimates no_coding;
   static const NoncodingEstimates no_noncoding;
-  if (coding_) {
-    if (!r.coding.effective_sites_written) return;
-    write_lines(item, r, r.coding.values, no_noncoding, {}, item.n, r.own_report, r.own_table);
-  } else {
-    if (!r.noncoding.kimura_ab_written || !r.noncoding.tajima_1p_4p_written) return;
+  const std::size_t report_at = part.report.size(), table_at = part.table.size();
+  if (coding_)
+    write_lines(item, r, r.coding.values, no_noncoding, {}, item.n, part.report, part.table);
+  else
     write_lines(item, r, no_coding, r.noncoding.values, not_applicable(r.noncoding.values), item.n,
-                r.own_report, r.own_table);
-  }
-  r.prewritten = true;
+                part.report, part.table);
+  summary.prewritten = true;
+  summary.report_at = static_cast<std::uint32_t>(report_at);
+  summary.report_length = static_cast<std::uint32_t>(part.report.size() - report_at);
+  summary.table_at = static_cast<std::uint32_t>(table_at);
+  summary.table_length = static_cast<std::uint32_t>(part.table.size() - table_at);
 }
 
 // Hands the values of the item just written to the pair sink; S.E.S., N.E.S.
@@ -709,7 +803,7 @@ void Run::hand_on_pair(const Item& item, long n, const ItemResult& r) {
   v.comparison = n;
   v.a = item.a;
   v.b = item.b;
-  v.window = item.window.index;
+  v.window = item.window;
   v.first = region_first_;
   v.last = region_last_;
   v.coding = coding_;
@@ -738,8 +832,10 @@ void Run::after_item() {
   text3.append(pending, text3.size() - report_flushed_);
 }
 
-Run::Settled Run::settle(const Item& item, const ItemResult& r, ItemSettled& s) {
+Run::Settled Run::settle(Block& block, std::size_t i) {
   SequenceData& seq = rec_.seq;
+  const Item& item = block.items[i];
+  ItemSettled& s = block.settled_items[i];
   s.written = false;
   s.own_lines = false;
   s.report.clear();
@@ -752,8 +848,10 @@ Run::Settled Run::settle(const Item& item, const ItemResult& r, ItemSettled& s) 
     failure_message_ = " The file holds fewer sequences than its count !!";
     return Settled::Failure;
   }
-  seq.CleanCodonTotal = static_cast<long>(item.columns.codon_end - item.columns.codon_begin);
-  seq.NucleotideCount = static_cast<long>(item.columns.site_end - item.columns.site_begin);
+  Place spare;
+  const Place& place = place_of(item, spare);
+  seq.CleanCodonTotal = static_cast<long>(place.columns.codon_end - place.columns.codon_begin);
+  seq.NucleotideCount = static_cast<long>(place.columns.site_end - place.columns.site_begin);
   if (!positions_written_) {
     const long analyzed = coding_ ? 3 * seq.CleanCodonTotal : seq.NucleotideCount;
     reports::append_positions_block(s.report, run_, seq_length_, region_first_, region_last_,
@@ -761,14 +859,26 @@ Run::Settled Run::settle(const Item& item, const ItemResult& r, ItemSettled& s) 
     positions_written_ = true;
   }
   if (window_) {
-    region_first_ = item.window.first;
-    region_last_ = item.window.last;
-    rec_.region.WindowIndex = static_cast<double>(item.window.index);
-    if (item.window.index == 1 && seq.PairCount > 1)
+    region_first_ = place.window.first;
+    region_last_ = place.window.last;
+    rec_.region.WindowIndex = static_cast<double>(item.window);
+    if (item.window == 1 && seq.PairCount > 1)
       reports::append_window_names(s.table, seq.SeqNames[static_cast<std::size_t>(item.a - 1)],
                                    seq.SeqNames[static_cast<std::size_t>(item.b - 1)]);
   }
-  progress(n, item.window.index);
+  progress(n, item.window);
+  const ItemSummary& summary = block.summaries[i];
+  if (settle_later_ && summary.kind == ItemResult::Kind::Done && summary.prewritten &&
+      n == item.n) {
+    // What the comparison left for later would leave is all replaced by this one's.
+    left_ = {&item, n, &result_of(block, i), &s};
+    s.written = true;
+    s.number = n;
+    s.own_lines = true;
+    return Settled::Written;
+  }
+  settle_left();
+  const ItemResult& r = result_of(block, i);
   switch (r.kind) {
     case ItemResult::Kind::StopCodon:
       failure_message_ = " There are STOP Codons !!";
@@ -809,9 +919,22 @@ Run::Settled Run::settle(const Item& item, const ItemResult& r, ItemSettled& s) 
   s.written = true;
   s.number = n;
   // The lines written ahead stand only under the number they were written with.
-  s.own_lines = r.prewritten && r.kind == ItemResult::Kind::Done && n == item.n;
+  s.own_lines = summary.prewritten && r.kind == ItemResult::Kind::Done && n == item.n;
   if (settings_.pair_sink) hand_on_pair(item, n, r);
   return Settled::Written;
+}
+
+// Settles the comparison left for later, where there is one.
+void Run::settle_left() {
+  if (left_.item == nullptr) return;
+  const ItemResult& r = *left_.result;
+  if (coding_) {
+    rec_.seq.CodonCount = r.count;
+    settle_coding(*left_.item, left_.n, r, *left_.settled);
+  } else {
+    settle_noncoding(left_.n, r, *left_.settled);
+  }
+  left_ = {};
 }
 
 // Hands what the run wrote so far to the sinks, where there are sinks.
@@ -829,27 +952,19 @@ void Run::flush(bool last) {
   }
 }
 
-// Items computed and written a block at a time.
-struct Run::Block {
-  std::vector<Item> items;
-  std::vector<ItemResult> results;
-  std::vector<ItemSettled> settled_items;
-  std::size_t settled = 0;  // items the ordered pass went through
-  std::size_t ahead = 0;    // first items computed while the block before was finishing
-};
-
 // Appends the texts of settled items to the report and the window table, in
 // order; Text3 follows each item that was written.
 void Run::append_texts(const Block& block, std::size_t count) {
   RunResults& res = rec_.results;
   for (std::size_t i = 0; i < count; ++i) {
-    const ItemResult& r = block.results[i];
     const ItemSettled& s = block.settled_items[i];
     res.ReportText += s.report;
     res.WindowDataText += s.table;
     if (s.own_lines) {
-      res.ReportText += r.own_report;
-      res.WindowDataText += r.own_table;
+      const ItemSummary& summary = block.summaries[i];
+      const WorkerPart& part = block.parts[summary.worker];
+      res.ReportText.append(part.report, summary.report_at, summary.report_length);
+      res.WindowDataText.append(part.table, summary.table_at, summary.table_length);
     }
     if (s.written) after_item();
   }
@@ -859,11 +974,16 @@ void Run::gather(Block& block) {
   block.items.clear();
   block.settled = 0;
   block.ahead = 0;
+  for (WorkerPart& part : block.parts) {
+    part.used = 0;
+    part.report.clear();
+    part.table.clear();
+  }
   Item item;
   while (block.items.size() < kBlock && next_item(item)) block.items.push_back(item);
   // Sized by the items of the block: a small run does not clear a full block.
-  if (block.results.size() < block.items.size()) {
-    block.results.resize(block.items.size());
+  if (block.summaries.size() < block.items.size()) {
+    block.summaries.resize(block.items.size());
     block.settled_items.resize(block.items.size());
   }
 }
@@ -873,41 +993,60 @@ void Run::gather(Block& block) {
 Run::Settled Run::settle_block(Block& block) {
   Settled last = Settled::Written;
   while (block.settled < block.items.size() && last == Settled::Written) {
-    last = settle(block.items[block.settled], block.results[block.settled],
-                  block.settled_items[block.settled]);
+    last = settle(block, block.settled);
     if (last == Settled::Written) ++block.settled;
   }
+  // The block's results are written over three blocks on.
+  settle_left();
   return last;
 }
 
 bool Run::execute() {
   if (!prepare()) return false;
-  std::vector<Scratch> scratch(static_cast<std::size_t>(parallel_.threads()));
-  auto compute = [&](Block& block) {
-    return [this, &scratch, b = &block](std::size_t i, int worker) {
-      const Item& item = b->items[i];
-      // A pair beyond the sequences read ends the run when it is settled.
-      if (item.a > sequences_ || item.b > sequences_) return;
-      if (coding_)
-        compute_coding(filtered_, tables_, item, pair_, scratch[static_cast<std::size_t>(worker)],
-                       b->results[i]);
-      else
-        compute_noncoding(filtered_, tables_, item, b->results[i]);
-      prewrite(item, b->results[i]);
-    };
-  };
+  settle_later_ = !settings_.keep_stores && !settings_.pair_sink;
+  const auto threads = static_cast<std::size_t>(parallel_.threads());
+  std::vector<Scratch> scratch(threads);
   // Three blocks in turn: while the workers compute the next block, this
   // thread settles the current one, writes and hands on its texts and gathers
   // the one after next, so that little of the ordered work keeps the others
   // waiting. Most items' lines were written where they were computed; the rest
   // are written here, or apart on every thread when there are many.
-  constexpr std::size_t kWrittenInTurn = 32;
   Block blocks[3];
-  std::vector<std::size_t> pending;
-  pending.reserve(kBlock);
+  for (Block& b : blocks) b.parts.resize(threads);
   Block* current = &blocks[0];
   Block* next = &blocks[1];
   Block* after = &blocks[2];
+  auto compute = [&](Block& block) {
+    return [this, &scratch, b = &block](std::size_t i, int worker) {
+      const auto t = static_cast<std::size_t>(worker);
+      const Item& item = b->items[i];
+      // A pair beyond the sequences read ends the run when it is settled.
+      if (item.a > sequences_ || item.b > sequences_) return;
+      WorkerPart& part = b->parts[t];
+      if (part.used == part.results.size()) part.results.emplace_back();
+      ItemResult& r = part.results[part.used];
+      Place spare;
+      const Place& place = place_of(item, spare);
+      if (coding_)
+        compute_coding(filtered_, tables_, item, place, pair_, scratch[t], r);
+      else
+        compute_noncoding(filtered_, tables_, item, place, r);
+      ItemSummary summary;
+      summary.kind = r.kind;
+      summary.worker = static_cast<std::uint16_t>(worker);
+      summary.slot = static_cast<std::uint32_t>(part.used++);
+      prewrite(item, r, part, summary);
+      b->summaries[i] = summary;
+    };
+  };
+  constexpr std::size_t kWrittenInTurn = 32;
+  std::vector<std::size_t> pending;
+  pending.reserve(kBlock);
+  const auto write_pending = [&](std::size_t k, int) {
+    Block& b = *current;
+    const std::size_t i = pending[k];
+    write_item(b.items[i], result_of(b, i), b.settled_items[i]);
+  };
   gather(*current);
   parallel_.for_each(current->items.size(), compute(*current));
   gather(*next);
@@ -932,8 +1071,7 @@ bool Run::execute() {
       for (std::size_t i = 0; i < b.settled; ++i)
         if (b.settled_items[i].written && !b.settled_items[i].own_lines) pending.push_back(i);
       if (pending.size() <= kWrittenInTurn) {
-        for (const std::size_t i : pending)
-          write_item(b.items[i], b.results[i], b.settled_items[i]);
+        for (std::size_t k = 0; k < pending.size(); ++k) write_pending(k, 0);
         append_texts(b, texts);
         texts_appended = true;
         if (last == Settled::Written) flush(false);
@@ -944,12 +1082,8 @@ bool Run::execute() {
       }
     }, compute_ahead);
     if (!texts_appended) {
-      Block& b = *current;
-      parallel_.for_each(pending.size(), [&](std::size_t k, int) {
-        const std::size_t i = pending[k];
-        write_item(b.items[i], b.results[i], b.settled_items[i]);
-      });
-      append_texts(b, texts);
+      parallel_.for_each(pending.size(), write_pending);
+      append_texts(*current, texts);
     }
     if (last == Settled::Failure) {
       failure(failure_message_);

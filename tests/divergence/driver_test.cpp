@@ -4,6 +4,10 @@
 
 #include <algorithm>
 #include <random>
+#include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
 
 #include "divergence/driver.h"
 #include "state/options.h"
@@ -159,6 +163,109 @@ TEST(Run, PairOrderAndGapsRemoveColumnsForAllPairs) {
   // (1,3) differ nowhere once the N column is gone: K = 0, printed, not N.A.
   EXPECT_FALSE(f.rec.results.ComparisonStore[2][2].not_applicable);
   EXPECT_EQ(f.rec.results.ComparisonStore[2][2].value, 0);
+}
+
+// Sequences of `codons` codons without a stop: most close to one ancestor,
+// sequences 5 to 8 unrelated, whose pairs make estimates fail and take values
+// from the pair before. `stop_in` (from 1; 0 for none) gets a TAA at its middle codon.
+std::vector<std::pair<std::string, std::string>> mixed_alignment(int sequences, int codons,
+                                                                 int stop_in) {
+  std::mt19937 rng(11);
+  const char* letters = "ACGT";
+  const auto is_stop = [](const std::string& c) { return c == "TAA" || c == "TAG" || c == "TGA"; };
+  const auto random_codon = [&] {
+    std::string c;
+    do c = {letters[rng() % 4], letters[rng() % 4], letters[rng() % 4]};
+    while (is_stop(c));
+    return c;
+  };
+  std::vector<std::string> ancestor(static_cast<std::size_t>(codons));
+  for (auto& c : ancestor) c = random_codon();
+  std::vector<std::pair<std::string, std::string>> out;
+  for (int s = 1; s <= sequences; ++s) {
+    std::string seq;
+    for (int i = 0; i < codons; ++i) {
+      const bool unrelated = s >= 5 && s <= 8;
+      seq += unrelated || rng() % 10 == 0 ? random_codon() : ancestor[static_cast<std::size_t>(i)];
+    }
+    if (s == stop_in) seq.replace(static_cast<std::size_t>(3 * (codons / 2)), 3, "TAA");
+    out.emplace_back("s" + std::to_string(s), seq);
+  }
+  return out;
+}
+
+// What a run leaves in the record for what comes after it (the values of its
+// last pair, the last-pair line, the report and its page) does not depend on
+// whether the run keeps its stores, hands its report on as it goes or computes
+// on several threads; nor where it stops at a STOP codon.
+TEST(Run, WhatTheRunLeavesDoesNotDependOnHowItIsMade) {
+  struct Way {
+    const char* name;
+    int threads;
+    bool streamed;
+  };
+  const Way ways[] = {{"kept, one thread", 1, false},
+                      {"streamed, one thread", 1, true},
+                      {"streamed, two threads", 2, true},
+                      {"kept, seven threads", 7, false},
+                      {"streamed, seven threads", 7, true}};
+  for (const bool coding : {true, false}) {
+    for (const int stop_in : {0, 23}) {
+      if (!coding && stop_in != 0) continue;
+      SCOPED_TRACE(std::string(coding ? "coding" : "noncoding") + " stop " +
+                   std::to_string(stop_in));
+      const auto sequences = mixed_alignment(40, 90, stop_in);  // 780 comparisons
+      Fixture first;
+      std::string first_report;
+      for (const Way& way : ways) {
+        SCOPED_TRACE(way.name);
+        Fixture f;
+        if (!coding) {
+          click_noncoding(f.rec);
+          click_all_methods(f.rec);
+        }
+        testing::load_alignment(f.rec, sequences);
+        divergence::RunSettings settings;
+        settings.threads = way.threads;
+        std::string report;
+        if (way.streamed) {
+          settings.keep_stores = false;
+          settings.report_sink = [&report](std::string_view text) { report += text; };
+        }
+        EXPECT_EQ(divergence::run_divergence(f.rec, f.platform, settings), stop_in == 0);
+        if (!way.streamed) report = f.rec.results.ReportText;
+        if (&way == &ways[0]) {
+          first.rec = f.rec;
+          first_report = report;
+          // A stop in sequence 23 ends the run at its first pair, (1, 23).
+          EXPECT_NE(report.find(stop_in == 0 ? " Comparison # 780\r\n" : " Comparison # 21\r\n"),
+                    std::string::npos);
+          EXPECT_EQ(report.find(" Comparison # 22\r\n") == std::string::npos, stop_in != 0);
+          if (coding) {
+            EXPECT_FALSE(f.rec.results.LastPairLine.empty());
+          }
+          continue;
+        }
+        EXPECT_TRUE(report == first_report);
+        EXPECT_EQ(f.rec.form.Text3.text, first.rec.form.Text3.text);
+        EXPECT_EQ(f.rec.results.LastPairLine, first.rec.results.LastPairLine);
+        const CodingHandedOnFields& h = f.rec.results.handed_on;
+        const CodingHandedOnFields& g = first.rec.results.handed_on;
+        EXPECT_EQ(std::tie(h.Ks, h.Ka, h.KsMethod, h.KaMethod, h.As, h.Bs, h.Aa, h.Ba, h.SES, h.NES,
+                           h.PairGCContent),
+                  std::tie(g.Ks, g.Ka, g.KsMethod, g.KaMethod, g.As, g.Bs, g.Aa, g.Ba, g.SES, g.NES,
+                           g.PairGCContent));
+        const LastNoncodingEstimate& l = f.rec.last_noncoding;
+        const LastNoncodingEstimate& m = first.rec.last_noncoding;
+        EXPECT_EQ(std::tie(l.CountA1, l.CountT2, l.KJukesCantor, l.KKimura, l.KimuraA, l.KimuraB,
+                           l.KTajimaNei, l.KTajima1p, l.KTajima2p, l.KTajima4p),
+                  std::tie(m.CountA1, m.CountT2, m.KJukesCantor, m.KKimura, m.KimuraA, m.KimuraB,
+                           m.KTajimaNei, m.KTajima1p, m.KTajima2p, m.KTajima4p));
+        EXPECT_EQ(f.rec.seq.CodonCount, first.rec.seq.CodonCount);
+        EXPECT_EQ(f.rec.menu.CIcodingRegion.enabled, first.rec.menu.CIcodingRegion.enabled);
+      }
+    }
+  }
 }
 
 }  // namespace
