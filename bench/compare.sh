@@ -23,7 +23,7 @@ build=${VARNOTH_BENCH_BUILD:-build-bench}
 
 cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DVARNOTH_BENCH=ON \
   -DVARNOTH_TESTS=OFF -DVARNOTH_GUI=OFF >/dev/null
-cmake --build "$build" --target varnoth make_alignment >/dev/null
+cmake --build "$build" --target varnoth make_alignment varnoth_bench >/dev/null
 varnoth=$(realpath "$build/varnoth")
 have_r=0
 Rscript -e 'suppressMessages({library(seqinr); library(ape)})' >/dev/null 2>&1 && have_r=1
@@ -108,6 +108,27 @@ for size in 20x1500 100x1500 400x1500 50x30000; do
   echo "| $n x $len | $((n * (n - 1) / 2)) | $(seconds "$c2") | $(seconds "$c1") | $(seconds "$kaks") | $(ratio "$kaks" "$c2") | $(seconds "$yn") | $(ratio "$yn" "$c2") | $(seconds "$n2") | $(seconds "$n1") | $(seconds "$jc") | $(ratio "$jc" "$n2") |"
 done
 
+# How fast each virtual CPU computes on its own just now: the coding benchmark
+# (100 x 500 codons, report to memory) on one thread pinned to each CPU, best
+# of three. On a shared host they differ from one minute to the next, and two
+# threads can be at most (sum of the speeds) / (the fastest) times faster than
+# one thread on the fastest CPU.
+cpu_speeds() {
+  local c speeds=""
+  for c in $(seq 0 $(($(nproc) - 1))); do
+    speeds="$speeds $(for _ in 1 2 3; do
+      taskset -c "$c" "$build/varnoth_bench" --benchmark_filter='^Coding/100/500/1/8$' \
+        --benchmark_min_time=0.3 --benchmark_format=csv 2>/dev/null |
+        awk -F, '/^"Coding/ { print $11 }'
+    done | sort -g | tail -1)"
+  done
+  echo "$speeds" | awk '{ sum = 0; max = 0; line = ""
+    for (i = 1; i <= NF; i++) { sum += $i; if ($i > max) max = $i
+      line = line sprintf("%scpu%d %.0fk", i > 1 ? ", " : "", i - 1, $i / 1000) }
+    printf "pairs/s one thread on each virtual CPU: %s; so two threads at most %.2fx one thread on the fastest", line, sum / max }'
+}
+command -v taskset >/dev/null && before=$(cpu_speeds)
+
 "$build/make_alignment" 2000 1500 0.02 9 "$work/big.phy" "$work/big.fasta"
 # Best of three: each run takes seconds.
 big2=$(runs=3 best_time "$varnoth" run "$work/big.phy" --threads 2 -o "$out")
@@ -117,3 +138,8 @@ rm -f "$out"
 peak=$(awk -F: '/Maximum resident set size/ { printf "%.0f", $2 / 1024 }' "$work/time.txt")
 echo
 echo "2000 x 1500 coding, 1999000 pairs, report to a file ($(du -m "$out" | cut -f1) MB), best of 3: $(seconds "$big2") s on 2 threads, $(seconds "$big1") s on 1 ($(ratio "$big1" "$big2")); peak resident memory $peak MB"
+if command -v taskset >/dev/null; then
+  echo
+  echo "Before the 2000 x 1500 runs, $before."
+  echo "After them, $(cpu_speeds)."
+fi
