@@ -52,8 +52,8 @@ constexpr std::size_t kMaxKeptPlaces = std::size_t{1} << 16;
 // What the computation of an item leaves. It stays with the thread that
 // computed it: the ordered pass reads the item's summary and goes to the full
 // result only where it needs more (an item that takes from the carry, a
-// failure, the stores, the last item of a block), so that little memory
-// crosses from one core to the other.
+// failure, the stores, the pair sink, the last item of a block), so that
+// little memory crosses from one core to the other.
 struct ItemResult {
   enum class Kind : std::uint8_t { Done, Empty, StopCodon, NoPathway } kind = Kind::Done;
   long count = 0;  // sites (noncoding) or codons compared (coding)
@@ -317,6 +317,7 @@ class Run {
   Settled settle_block(Block& block);
   Settled settle(Block& block, std::size_t i);
   void settle_left();
+  void settle_done(const Item& item, long n, const ItemResult& result, ItemSettled& settled);
   void settle_noncoding(long n, const ItemResult& result, ItemSettled& settled);
   void settle_coding(const Item& item, long n, const ItemResult& result, ItemSettled& settled);
   void write_item(const Item& item, const ItemResult& result, ItemSettled& settled) const;
@@ -908,12 +909,7 @@ Run::Settled Run::settle(Block& block, std::size_t i) {
       if (coding_) seq.CodonCount = r.count;
       break;
     case ItemResult::Kind::Done:
-      if (coding_) {
-        seq.CodonCount = r.count;
-        settle_coding(item, n, r, s);
-      } else {
-        settle_noncoding(n, r, s);
-      }
+      settle_done(item, n, r, s);
       break;
   }
   s.written = true;
@@ -927,14 +923,18 @@ Run::Settled Run::settle(Block& block, std::size_t i) {
 // Settles the comparison left for later, where there is one.
 void Run::settle_left() {
   if (left_.item == nullptr) return;
-  const ItemResult& r = *left_.result;
+  settle_done(*left_.item, left_.n, *left_.result, *left_.settled);
+  left_ = {};
+}
+
+// The carry, stores and values handed on of a computed comparison.
+void Run::settle_done(const Item& item, long n, const ItemResult& r, ItemSettled& s) {
   if (coding_) {
     rec_.seq.CodonCount = r.count;
-    settle_coding(*left_.item, left_.n, r, *left_.settled);
+    settle_coding(item, n, r, s);
   } else {
-    settle_noncoding(left_.n, r, *left_.settled);
+    settle_noncoding(n, r, s);
   }
-  left_ = {};
 }
 
 // Hands what the run wrote so far to the sinks, where there are sinks.
