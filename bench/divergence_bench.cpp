@@ -7,6 +7,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include "cli/memory.h"
 #include "divergence/driver.h"
 #include "divergence/site_classes.h"
 #include "state/options.h"
@@ -14,6 +15,9 @@
 namespace {
 
 using namespace varnoth;
+
+// Memory as the command line sets it up before a run.
+const bool kMemoryPrepared = (cli::prepare_memory(), true);
 
 class QuietPlatform : public Platform {
  public:
@@ -74,6 +78,7 @@ void run(benchmark::State& state, bool coding) {
               static_cast<int>(state.range(3)), 1);
   divergence::RunSettings settings;
   settings.threads = static_cast<int>(state.range(2));
+  settings.keep_stores = false;  // as the command line without a matrix
   std::size_t bytes = 0;
   settings.report_sink = [&bytes](std::string_view text) { bytes += text.size(); };
   for (auto _ : state) {
@@ -148,12 +153,15 @@ BENCHMARK(PlacingTable)->Unit(benchmark::kMillisecond);
 // On one thread pairs/s is the arithmetic per core: 500-codon (1500-site)
 // pairs about 5 % apart (low) and 45 % apart (high, many codons with two and
 // three differences); noncoding runs all six estimators. The runs on every core
-// show the parallel gain.
+// show the parallel gain, on 400 sequences (79,800 pairs, 156 blocks) where the
+// set-up of a run weighs little.
 BENCHMARK(Coding)
     ->Args({100, 500, 1, 8})
     ->Args({100, 500, 1, 60})
     ->Args({100, 500, 0, 8})
     ->Args({100, 500, 0, 60})
+    ->Args({400, 500, 1, 8})
+    ->Args({400, 500, 0, 8})
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(Noncoding)
     ->Args({100, 500, 1, 8})
