@@ -23,9 +23,6 @@ void prepare_memory() {
   // Blocks up to half a step come from the heap too, not from fresh mappings
   // of their own.
   mallopt(M_MMAP_THRESHOLD, static_cast<int>(kStep / 2));
-  // Every thread takes from that one heap: the pair threads' buffers would
-  // otherwise come from arenas of their own, touched a small page at a time.
-  mallopt(M_ARENA_MAX, 1);
   // The heap's next stretch is made to start one small page below a
   // huge-page boundary, so that the header of its first block lies below it.
   const auto brk_now = reinterpret_cast<std::uintptr_t>(sbrk(0));

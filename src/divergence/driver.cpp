@@ -1012,7 +1012,17 @@ bool Run::execute() {
   // waiting. Most items' lines were written where they were computed; the rest
   // are written here, or apart on every thread when there are many.
   Block blocks[3];
-  for (Block& b : blocks) b.parts.resize(threads);
+  for (Block& b : blocks) {
+    b.parts.resize(threads);
+    // What a thread fills is taken here, from this thread's heap, rather than
+    // as it grows on the thread that fills it.
+    if (threads > 1)
+      for (WorkerPart& part : b.parts) {
+        part.results.reserve(kBlock);
+        part.report.reserve(kBlock * 512);
+        if (window_) part.table.reserve(kBlock * 128);
+      }
+  }
   Block* current = &blocks[0];
   Block* next = &blocks[1];
   Block* after = &blocks[2];
