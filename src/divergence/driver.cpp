@@ -771,13 +771,11 @@ void Run::write_lines(const Item& item, const ItemResult& r, const CodingEstimat
 
 // Writes the lines of a computed item that takes nothing from the carry, as
 // the ordered pass would settle it under its own comparison number, to the
-// texts of the thread that computed it: most items are then written where
-// they were computed, in the same pass.
+// texts of the thread that computed it, and marks the item's new summary with
+// where they are: most items are then written where they were computed, in
+// the same pass.
 void Run::prewrite(const Item& item, const ItemResult& r, WorkerPart& part,
                    ItemSummary& summary) const {
-  summary.prewritten = false;
-  summary.report_length = 0;
-  summary.table_length = 0;
   if (r.kind != ItemResult::Kind::Done) return;
   if (coding_ ? !r.coding.effective_sites_written
               : !r.noncoding.kimura_ab_written || !r.noncoding.tajima_1p_4p_written)
@@ -996,7 +994,8 @@ Run::Settled Run::settle_block(Block& block) {
     last = settle(block, block.settled);
     if (last == Settled::Written) ++block.settled;
   }
-  // The block's results are written over three blocks on.
+  // The comparison left for later points into this block, whose results are
+  // written over when it comes round again: it is settled now.
   settle_left();
   return last;
 }
