@@ -9,6 +9,7 @@
 #include <vector>
 
 #if defined(__linux__)
+#include <sched.h>
 #include <sys/mman.h>
 #endif
 
@@ -29,6 +30,45 @@ bool poll_for(Ready&& ready) {
   }
   return ready();
 }
+
+namespace {
+
+// Where the threads of a context take every core the process may use, a core
+// for each worker, none of them the calling thread's; otherwise none, and the
+// system places the threads (as it should where several runs share the
+// cores). Left to itself, the system may start a worker on the caller's core,
+// and with both threads busy it moves one only after many milliseconds: a
+// short run then gains nothing from its second thread.
+std::vector<int> cores_for_workers(int workers) {
+  std::vector<int> cores;
+#if defined(__linux__)
+  cpu_set_t set;
+  const int here = sched_getcpu();
+  if (here < 0 || sched_getaffinity(0, sizeof set, &set) != 0 || !CPU_ISSET(here, &set) ||
+      CPU_COUNT(&set) != workers + 1)
+    return {};
+  for (int c = 0; c < CPU_SETSIZE; ++c)
+    if (CPU_ISSET(c, &set) && c != here) cores.push_back(c);
+#else
+  (void)workers;
+#endif
+  return cores;
+}
+
+// Keeps the calling thread to one core; none for a negative number.
+void keep_to(int cpu) {
+#if defined(__linux__)
+  if (cpu < 0) return;
+  cpu_set_t set;
+  CPU_ZERO(&set);
+  CPU_SET(cpu, &set);
+  sched_setaffinity(0, sizeof set, &set);
+#else
+  (void)cpu;
+#endif
+}
+
+}  // namespace
 
 // Workers 1..threads-1 wait for a call; the calling thread is worker 0.
 struct ParallelContext::Pool {
@@ -58,7 +98,8 @@ struct ParallelContext::Pool {
     }
   }
 
-  void serve(int worker) {
+  void serve(int worker, int cpu) {
+    keep_to(cpu);
     std::uint64_t seen = 0;
     const auto called = [&] {
       return stop.load(std::memory_order_acquire) ||
@@ -116,7 +157,11 @@ void ParallelContext::for_each(std::size_t start, std::size_t n,
   }
   if (!pool_) {
     pool_ = std::make_unique<Pool>();
-    for (int w = 1; w < threads_; ++w) pool_->workers.emplace_back([p = pool_.get(), w] { p->serve(w); });
+    const std::vector<int> cpus = cores_for_workers(threads_ - 1);
+    for (int w = 1; w < threads_; ++w) {
+      const int cpu = cpus.empty() ? -1 : cpus[static_cast<std::size_t>(w - 1)];
+      pool_->workers.emplace_back([p = pool_.get(), w, cpu] { p->serve(w, cpu); });
+    }
   }
   Pool& pool = *pool_;
   // No worker is in a call here: the last call returned only when all were done.
