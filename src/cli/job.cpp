@@ -5,6 +5,7 @@
 
 #include "cli/console_platform.h"
 #include "divergence/driver.h"
+#include "divergence/parallel.h"
 #include "divergence/regions.h"
 #include "input/format_detection.h"
 #include "input/sequence_file.h"
@@ -162,6 +163,9 @@ struct PairCounts {
 
 int run_alignment(const RunOptions& o, const Job& job, int threads, std::ostream& out,
                   std::ostream& err, Progress* progress, PairCounts& pairs) {
+  // The pair threads start while the file is read.
+  const divergence::ParallelContext parallel(threads);
+  parallel.start();
   Session s(err, job.subject);
   AnalysisRecord& rec = s.rec;
   const input::InputFormat format = input::format_by_name(o.format);
@@ -188,7 +192,7 @@ int run_alignment(const RunOptions& o, const Job& job, int threads, std::ostream
   std::optional<AtomicFile> report_file, window_file;
   std::optional<TableWriter> pair_table;
   divergence::RunSettings settings;
-  settings.threads = threads;
+  settings.parallel = &parallel;
   // Only the matrix and the heat map read the stores.
   settings.keep_stores = item.has_value();
   if (paths.report.empty()) {

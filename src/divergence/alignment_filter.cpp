@@ -68,8 +68,8 @@ ColumnRange columns_in_cells(const FilteredAlignment& filtered, long first_cell,
   return r;
 }
 
-void filter_alignment(const SequenceData& seq, long sequences, const FilterRange& range,
-                      bool coding, GeneticCode code, FilteredAlignment& out) {
+void plan_filter(const SequenceData& seq, long sequences, const FilterRange& range, bool coding,
+                 GeneticCode code, FilteredAlignment& out, FilterPlan& plan) {
   const auto n = static_cast<std::size_t>(std::max(0L, sequences));
   out.codons.resize(n);
   out.sites.resize(n);
@@ -77,6 +77,9 @@ void filter_alignment(const SequenceData& seq, long sequences, const FilterRange
   for (auto& s : out.sites) s.clear();
   out.codon_cells.clear();
   out.site_cells.clear();
+  plan.codons.clear();
+  plan.sites.clear();
+  plan.sites_filled = range.rebuild_sites;
   if (n == 0) return;
   const long cells = static_cast<long>(seq.SeqCodons[0].size());
   const long last_cell = static_cast<long>(seq.CodonCellCount);
@@ -102,8 +105,6 @@ void filter_alignment(const SequenceData& seq, long sequences, const FilterRange
     }
   }
   // The columns kept, in order: codons, and sites position by position.
-  std::vector<std::size_t> kept_codons;
-  std::vector<std::pair<std::size_t, int>> kept_sites;
   for (std::size_t k = 0; k < columns; ++k) {
     const long c = first + static_cast<long>(k);
     const auto ci = static_cast<std::size_t>(c - 1);
@@ -113,31 +114,23 @@ void filter_alignment(const SequenceData& seq, long sequences, const FilterRange
         dropped = terminal_stop(seq.SeqCodons[s][ci], code);
     }
     if (good[k] == 7 && !dropped) {
-      kept_codons.push_back(ci);
+      plan.codons.push_back(ci);
       out.codon_cells.push_back(c);
     }
     if (!range.rebuild_sites) {
       for (int p = 0; p < 3; ++p) {
         if ((good[k] >> p & 1) == 0) continue;
-        kept_sites.emplace_back(ci, p);
+        plan.sites.emplace_back(ci, p);
         out.site_cells.push_back(c);
       }
     }
   }
+
+  // Sized here, on the thread that plans: a thread that fills would take the
+  // memory from a heap of its own, new and slow to touch.
   for (std::size_t s = 0; s < n; ++s) {
-    const auto& row = seq.SeqCodons[s];
-    auto& codons = out.codons[s];
-    codons.resize(kept_codons.size());
-    for (std::size_t k = 0; k < kept_codons.size(); ++k) {
-      const CodonCell& cell = row[kept_codons[k]];
-      codons[k] = static_cast<std::uint8_t>(16 * kLetter[static_cast<unsigned char>(cell[0])].index +
-                                            4 * kLetter[static_cast<unsigned char>(cell[1])].index +
-                                            kLetter[static_cast<unsigned char>(cell[2])].index);
-    }
-    auto& sites = out.sites[s];
-    sites.resize(kept_sites.size());
-    for (std::size_t k = 0; k < kept_sites.size(); ++k)
-      sites[k] = upper(row[kept_sites[k].first][static_cast<std::size_t>(kept_sites[k].second)]);
+    out.codons[s].resize(plan.codons.size());
+    out.sites[s].resize(plan.sites.size());
   }
 
   if (range.rebuild_sites) {
@@ -161,6 +154,24 @@ void filter_alignment(const SequenceData& seq, long sequences, const FilterRange
       out.site_cells.push_back(pos);
     }
   }
+}
+
+void fill_filtered(const SequenceData& seq, const FilterPlan& plan, std::size_t sequence,
+                   FilteredAlignment& out) {
+  const auto& row = seq.SeqCodons[sequence];
+  auto& codons = out.codons[sequence];
+  codons.resize(plan.codons.size());
+  for (std::size_t k = 0; k < plan.codons.size(); ++k) {
+    const CodonCell& cell = row[plan.codons[k]];
+    codons[k] = static_cast<std::uint8_t>(16 * kLetter[static_cast<unsigned char>(cell[0])].index +
+                                          4 * kLetter[static_cast<unsigned char>(cell[1])].index +
+                                          kLetter[static_cast<unsigned char>(cell[2])].index);
+  }
+  if (plan.sites_filled) return;
+  auto& sites = out.sites[sequence];
+  sites.resize(plan.sites.size());
+  for (std::size_t k = 0; k < plan.sites.size(); ++k)
+    sites[k] = upper(row[plan.sites[k].first][static_cast<std::size_t>(plan.sites[k].second)]);
 }
 
 }  // namespace varnoth::divergence

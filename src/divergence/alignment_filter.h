@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "state/record.h"
@@ -19,8 +20,8 @@ struct FilteredAlignment {
   // a region's rebuilt sites: the nucleotide position).
   std::vector<long> codon_cells;
   std::vector<long> site_cells;
-  long codon_count() const { return codons.empty() ? 0 : static_cast<long>(codons[0].size()); }
-  long site_count() const { return sites.empty() ? 0 : static_cast<long>(sites[0].size()); }
+  long codon_count() const { return static_cast<long>(codon_cells.size()); }
+  long site_count() const { return static_cast<long>(site_cells.size()); }
 };
 
 struct FilterRange {
@@ -40,10 +41,20 @@ struct ColumnRange {
 };
 ColumnRange columns_in_cells(const FilteredAlignment& filtered, long first_cell, long last_cell);
 
-// Filters the sequences 1..`sequences` of `seq.SeqCodons` over `range`. With
-// `coding`, a stop codon of `code` in any sequence of the alignment's last codon
-// column drops that column silently.
-void filter_alignment(const SequenceData& seq, long sequences, const FilterRange& range,
-                      bool coding, GeneticCode code, FilteredAlignment& out);
+// Filters the sequences 1..`sequences` of `seq.SeqCodons` over `range`, in two
+// steps so that the sequences can be filled apart, on any thread: plan_filter
+// finds the columns kept (codon_cells and site_cells, and a region's sites
+// whole), then fill_filtered fills each sequence. With `coding`, a stop codon
+// of `code` in any sequence of the alignment's last codon column drops that
+// column silently.
+struct FilterPlan {
+  std::vector<std::size_t> codons;                // cells kept, from 0
+  std::vector<std::pair<std::size_t, int>> sites;  // cell and position kept
+  bool sites_filled = false;                       // a region's sites are filled by the plan
+};
+void plan_filter(const SequenceData& seq, long sequences, const FilterRange& range, bool coding,
+                 GeneticCode code, FilteredAlignment& out, FilterPlan& plan);
+void fill_filtered(const SequenceData& seq, const FilterPlan& plan, std::size_t sequence,
+                   FilteredAlignment& out);
 
 }  // namespace varnoth::divergence

@@ -299,7 +299,11 @@ void compute_coding(const FilteredAlignment& f, const SequenceTables& tables, co
 class Run {
  public:
   Run(AnalysisRecord& rec, Platform& platform, const RunSettings& settings)
-      : rec_(rec), platform_(platform), settings_(settings), parallel_(settings.threads) {}
+      : rec_(rec),
+        platform_(platform),
+        settings_(settings),
+        own_parallel_(settings.parallel != nullptr ? 1 : settings.threads),
+        parallel_(settings.parallel != nullptr ? *settings.parallel : own_parallel_) {}
   bool execute();
   struct Block;
 
@@ -346,7 +350,8 @@ class Run {
   AnalysisRecord& rec_;
   Platform& platform_;
   const RunSettings& settings_;
-  ParallelContext parallel_;
+  ParallelContext own_parallel_;
+  const ParallelContext& parallel_;
   reports::RunLayout run_;
   PairSettings pair_;
   bool coding_ = true;
@@ -354,6 +359,7 @@ class Run {
   long sequences_ = 0;
   double seq_length_ = 0;
   FilteredAlignment filtered_;
+  FilterPlan filter_plan_;
   SequenceTables tables_;
   NoncodingCarry noncoding_carry_;
   CodingCarry coding_carry_;
@@ -502,30 +508,35 @@ const Place& Run::place_of(const Item& item, Place& spare) const {
   return spare;
 }
 
-// What each sequence brings to every pair, per range of columns: the windows
-// are the same for every comparison.
+// Fills the filtered sequences and works out what each brings to every pair,
+// per range of columns: the windows are the same for every comparison.
 void Run::build_tables() {
   tables_ = {};
   const auto n = static_cast<std::size_t>(sequences_);
-  if (static_cast<std::size_t>(std::max(1L, window_count_)) * n > kMaxTableEntries) return;
+  const bool wanted = static_cast<std::size_t>(std::max(1L, window_count_)) * n <= kMaxTableEntries &&
+                !(coding_ && pair_.selection != Selection::All);
   std::vector<ColumnRange> ranges;
-  if (window_) {
-    Item item;
-    Place spare;
-    for (item.window = 1; item.window <= window_count_; ++item.window)
-      ranges.push_back(place_of(item, spare).columns);
-  } else {
-    ranges.push_back(places_[0].columns);
-  }
-  if (coding_) {
-    if (pair_.selection != Selection::All) return;
-    tables_.coding.assign(ranges.size(), std::vector<CodingSummary>(n));
-  } else {
-    tables_.bases.assign(ranges.size(), std::vector<BaseCounts>(n));
+  if (wanted) {
+    if (window_) {
+      Item item;
+      Place spare;
+      for (item.window = 1; item.window <= window_count_; ++item.window)
+        ranges.push_back(place_of(item, spare).columns);
+    } else {
+      ranges.push_back(places_[0].columns);
+    }
+    if (coding_) tables_.coding.assign(ranges.size(), std::vector<CodingSummary>(n));
+    else tables_.bases.assign(ranges.size(), std::vector<BaseCounts>(n));
   }
   std::atomic<bool> other_letter{false};
-  if (!coding_) tables_.packed_sites.assign(n, {});
+  if (wanted && !coding_) {
+    // Sized on this thread, as the filtered sequences are.
+    tables_.packed_sites.assign(n, {});
+    for (auto& packed : tables_.packed_sites) packed.resize(filtered_.site_cells.size() / 32 + 1);
+  }
   parallel_.for_each(n, [&](std::size_t q, int) {
+    fill_filtered(rec_.seq, filter_plan_, q, filtered_);
+    if (!wanted) return;
     for (std::size_t r = 0; r < ranges.size(); ++r) {
       const ColumnRange& c = ranges[r];
       if (coding_) {
@@ -546,15 +557,14 @@ void Run::build_tables() {
     if (!coding_) {
       const std::string& sites = filtered_.sites[q];
       auto& packed = tables_.packed_sites[q];
-      packed.assign(sites.size() / 32 + 1, 0);
       for (std::size_t k = 0; k < sites.size(); ++k)
         packed[k / 32] |= static_cast<std::uint64_t>(
                               base_number(static_cast<unsigned char>(sites[k])) & 3)
                           << (2 * (k % 32));
     }
   }, [&] {
-    // The pair table, on this thread while the others sum the sequences.
-    if (coding_) tables_.pairs = shared_placing_table(pair_.code, pair_.weight);
+    // The pair table, on this thread while the others fill and sum the sequences.
+    if (wanted && coding_) tables_.pairs = shared_placing_table(pair_.code, pair_.weight);
   });
   if (other_letter) {
     tables_.bases.clear();
@@ -591,6 +601,7 @@ bool Run::next_item(Item& item) {
 }
 
 bool Run::prepare() {
+  parallel_.start();  // awake by the time the tables are built
   Menu& m = rec_.menu;
   Form& f = rec_.form;
   RunResults& res = rec_.results;
@@ -671,8 +682,9 @@ bool Run::prepare() {
     range.last_site = static_cast<long>(region_last_);
   }
   // Whether a column is kept depends on its own letters alone, so one pass
-  // over the alignment serves every window.
-  filter_alignment(seq, sequences_, range, coding_, pair_.code, filtered_);
+  // over the alignment serves every window. The sequences are filled with the
+  // tables.
+  plan_filter(seq, sequences_, range, coding_, pair_.code, filtered_, filter_plan_);
   place_items();
   build_tables();
   res.CodingMode = coding_ ? 1 : 0;

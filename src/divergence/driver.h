@@ -8,6 +8,7 @@
 
 #include "divergence/coding_estimators.h"
 #include "divergence/noncoding_estimators.h"
+#include "divergence/parallel.h"
 #include "divergence/site_classes.h"
 #include "state/platform.h"
 #include "state/record.h"
@@ -36,6 +37,9 @@ struct RunSettings {
   // Threads that compute pairs; 0 means one per core. The outputs are the same
   // for every count: pairs are computed apart and written in pair order.
   int threads = 0;
+  // Where set, the pairs are computed on these threads instead, and `threads`
+  // is not read: a caller can start them before it reads the alignment.
+  const ParallelContext* parallel = nullptr;
   // Where set, the report and the window table are handed over here as the run
   // goes, in order and whole, and the record keeps of ReportText only what
   // Text3 shows; WindowDataText stays empty.

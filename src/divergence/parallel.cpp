@@ -19,8 +19,8 @@ namespace varnoth::divergence {
 // virtual machine waking a sleeping thread takes far longer than a block of
 // pairs does, and the calls of a run follow each other closely.
 template <typename Ready>
-bool poll_for(Ready&& ready) {
-  for (int i = 0; i < 4096; ++i) {
+bool poll_for(Ready&& ready, int rounds = 4096) {
+  for (int i = 0; i < rounds; ++i) {
     if (ready()) return true;
 #if defined(__x86_64__) || defined(__i386__)
     __builtin_ia32_pause();
@@ -105,8 +105,13 @@ struct ParallelContext::Pool {
       return stop.load(std::memory_order_acquire) ||
              generation.load(std::memory_order_acquire) != seen;
     };
+    // The first call is waited for longer (some milliseconds): the workers
+    // are started ahead of the calls, and a core left idle is slow to wake.
+    int rounds = 1 << 17;
     while (true) {
-      if (!poll_for(called)) {
+      const bool polled = poll_for(called, rounds);
+      rounds = 4096;
+      if (!polled) {
         std::unique_lock lock(mutex);
         start.wait(lock, called);
       }
@@ -137,6 +142,16 @@ ParallelContext::ParallelContext(int threads) {
 
 ParallelContext::~ParallelContext() = default;
 
+void ParallelContext::start() const {
+  if (threads_ <= 1 || pool_) return;
+  pool_ = std::make_unique<Pool>();
+  const std::vector<int> cpus = cores_for_workers(threads_ - 1);
+  for (int w = 1; w < threads_; ++w) {
+    const int cpu = cpus.empty() ? -1 : cpus[static_cast<std::size_t>(w - 1)];
+    pool_->workers.emplace_back([p = pool_.get(), w, cpu] { p->serve(w, cpu); });
+  }
+}
+
 void ParallelContext::for_each(std::size_t n, const std::function<void(std::size_t, int)>& fn) const {
   for_each(n, fn, nullptr);
 }
@@ -155,14 +170,7 @@ void ParallelContext::for_each(std::size_t start, std::size_t n,
     for (std::size_t i = start; i < n; ++i) fn(i, 0);
     return;
   }
-  if (!pool_) {
-    pool_ = std::make_unique<Pool>();
-    const std::vector<int> cpus = cores_for_workers(threads_ - 1);
-    for (int w = 1; w < threads_; ++w) {
-      const int cpu = cpus.empty() ? -1 : cpus[static_cast<std::size_t>(w - 1)];
-      pool_->workers.emplace_back([p = pool_.get(), w, cpu] { p->serve(w, cpu); });
-    }
-  }
+  this->start();
   Pool& pool = *pool_;
   // No worker is in a call here: the last call returned only when all were done.
   pool.n = n;

@@ -18,6 +18,11 @@ class ParallelContext {
   ParallelContext(const ParallelContext&) = delete;
   ParallelContext& operator=(const ParallelContext&) = delete;
   int threads() const { return threads_; }
+  // Starts the workers now rather than at the first call that needs them: a
+  // caller with other work first (reading a file) then finds the threads, and
+  // their cores, awake when the calls come. Waking an idle core can take
+  // milliseconds in a virtual machine.
+  void start() const;
   // Calls fn(i, worker) for every i in [0, n), worker in [0, threads());
   // returns when all calls are done. Calls of one worker run in order. Not to
   // be called from two threads at once.

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
+#include <memory>
 #include <mutex>
 
 #include "divergence/differences.h"
@@ -356,7 +357,9 @@ struct Lanes {
 }  // namespace
 
 PairPlacingTable::PairPlacingTable(GeneticCode code, float pathway_weight) : code_(code) {
-  const CodonPairTable shares(code, pathway_weight);
+  // On the heap: 112 KB of new stack would cost a page fault every 4 KB.
+  const auto shares_held = std::make_unique<const CodonPairTable>(code, pathway_weight);
+  const CodonPairTable& shares = *shares_held;
   const CodeProgram& programs = code_program(code);
   // A position of a complete pair is placed where it has a share.
   const auto has_share = [](const CodonPairShares& sh, int p) {
