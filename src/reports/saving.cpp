@@ -39,7 +39,11 @@ bool write_parts(const std::string& path, std::string_view first, std::string_vi
 }  // namespace
 
 AtomicFile::AtomicFile(const std::string& path) : target_(path) {
-  if (!path.empty()) file_ = open_temporary(fs::path(path), temporary_);
+  if (!path.empty()) {
+    std::error_code ec;
+    replacing_ = fs::exists(fs::path(path), ec);
+    file_ = open_temporary(fs::path(path), temporary_);
+  }
   ok_ = file_ != nullptr;
   // Texts come in large pieces: each goes to the file in one write, not
   // through the stream's buffer in two.
@@ -58,11 +62,13 @@ void AtomicFile::append(std::string_view text) {
   ok_ = std::fwrite(text.data(), 1, text.size(), file_) == text.size();
   written_ += text.size();
 #if defined(__linux__)
-  // A large file has its writing to the disk started as it grows: renamed over
-  // an old file, the whole of it would be written out then, while the caller
-  // waits (ext4 does so to keep the replacement safe).
+  // A large file that will replace another has its writing to the disk
+  // started as it grows: renamed over an old file, the whole of it would be
+  // written out then, while the caller waits (ext4 does so to keep the
+  // replacement safe). A new file is left to the system, which writes it out
+  // in the background, on a core the run may not be using.
   constexpr std::size_t kStep = std::size_t{1} << 20;
-  if (written_ - flushed_ >= 2 * kStep) {
+  if (replacing_ && written_ - flushed_ >= 2 * kStep) {
     const std::size_t upto = (written_ - kStep) & ~(kStep - 1);
     sync_file_range(fileno(file_), static_cast<off_t>(flushed_),
                     static_cast<off_t>(upto - flushed_), SYNC_FILE_RANGE_WRITE);

@@ -36,6 +36,7 @@ class AtomicFile {
   bool ok_ = false;
   std::size_t written_ = 0;  // bytes appended
   std::size_t flushed_ = 0;  // bytes whose writing to the disk was started
+  bool replacing_ = false;   // the target existed when the file was opened
 };
 
 // The head of the printout and the ".out" file: program line, date and time,
