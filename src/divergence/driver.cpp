@@ -513,8 +513,9 @@ const Place& Run::place_of(const Item& item, Place& spare) const {
 void Run::build_tables() {
   tables_ = {};
   const auto n = static_cast<std::size_t>(sequences_);
-  const bool wanted = static_cast<std::size_t>(std::max(1L, window_count_)) * n <= kMaxTableEntries &&
-                !(coding_ && pair_.selection != Selection::All);
+  const auto entries = static_cast<std::size_t>(std::max(1L, window_count_)) * n;
+  const bool wanted =
+      entries <= kMaxTableEntries && !(coding_ && pair_.selection != Selection::All);
   std::vector<ColumnRange> ranges;
   if (wanted) {
     if (window_) {
