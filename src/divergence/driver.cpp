@@ -26,7 +26,7 @@ namespace varnoth::divergence {
 namespace {
 
 constexpr const char* kSequenceFileTitle = "    SEQUENCE FILE    ";
-constexpr std::size_t kBlock = 512;  // comparisons (or windows) computed at a time
+constexpr std::size_t kBlock = 2048;  // comparisons (or windows) computed at a time
 
 enum class Selection { All, MaxOneChange, OnlyAaChange, No3Diff };
 
