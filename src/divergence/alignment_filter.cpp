@@ -73,8 +73,6 @@ void plan_filter(const SequenceData& seq, long sequences, const FilterRange& ran
   const auto n = static_cast<std::size_t>(std::max(0L, sequences));
   out.codons.resize(n);
   out.sites.resize(n);
-  for (auto& c : out.codons) c.clear();
-  for (auto& s : out.sites) s.clear();
   out.codon_cells.clear();
   out.site_cells.clear();
   plan.codons.clear();
@@ -126,8 +124,9 @@ void plan_filter(const SequenceData& seq, long sequences, const FilterRange& ran
     }
   }
 
-  // Sized here, on the thread that plans: a thread that fills would take the
-  // memory from a heap of its own, new and slow to touch.
+  // Sized here, on the thread that plans (a thread that fills would take the
+  // memory from a heap of its own, new and slow to touch); a region's sites
+  // start empty and are added column by column below.
   for (std::size_t s = 0; s < n; ++s) {
     out.codons[s].resize(plan.codons.size());
     out.sites[s].resize(plan.sites.size());
@@ -160,7 +159,6 @@ void fill_filtered(const SequenceData& seq, const FilterPlan& plan, std::size_t 
                    FilteredAlignment& out) {
   const auto& row = seq.SeqCodons[sequence];
   auto& codons = out.codons[sequence];
-  codons.resize(plan.codons.size());
   for (std::size_t k = 0; k < plan.codons.size(); ++k) {
     const CodonCell& cell = row[plan.codons[k]];
     codons[k] = static_cast<std::uint8_t>(16 * kLetter[static_cast<unsigned char>(cell[0])].index +
@@ -169,7 +167,6 @@ void fill_filtered(const SequenceData& seq, const FilterPlan& plan, std::size_t 
   }
   if (plan.sites_filled) return;
   auto& sites = out.sites[sequence];
-  sites.resize(plan.sites.size());
   for (std::size_t k = 0; k < plan.sites.size(); ++k)
     sites[k] = upper(row[plan.sites[k].first][static_cast<std::size_t>(plan.sites[k].second)]);
 }

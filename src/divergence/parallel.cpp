@@ -15,11 +15,13 @@
 
 namespace varnoth::divergence {
 
+constexpr int kPollRounds = 4096;  // some 0.2 ms
+
 // Waits a little for `ready` by polling before the caller blocks: in a
 // virtual machine waking a sleeping thread takes far longer than a block of
 // pairs does, and the calls of a run follow each other closely.
 template <typename Ready>
-bool poll_for(Ready&& ready, int rounds = 4096) {
+bool poll_for(Ready&& ready, int rounds = kPollRounds) {
   for (int i = 0; i < rounds; ++i) {
     if (ready()) return true;
 #if defined(__x86_64__) || defined(__i386__)
@@ -110,7 +112,7 @@ struct ParallelContext::Pool {
     int rounds = 1 << 17;
     while (true) {
       const bool polled = poll_for(called, rounds);
-      rounds = 4096;
+      rounds = kPollRounds;
       if (!polled) {
         std::unique_lock lock(mutex);
         start.wait(lock, called);

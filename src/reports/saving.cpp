@@ -40,9 +40,10 @@ bool write_parts(const std::string& path, std::string_view first, std::string_vi
 
 AtomicFile::AtomicFile(const std::string& path) : target_(path) {
   if (!path.empty()) {
+    const fs::path target(path);
     std::error_code ec;
-    replacing_ = fs::exists(fs::path(path), ec);
-    file_ = open_temporary(fs::path(path), temporary_);
+    replacing_ = fs::exists(target, ec);
+    file_ = open_temporary(target, temporary_);
   }
   ok_ = file_ != nullptr;
   // Texts come in large pieces: each goes to the file in one write, not
