@@ -1024,15 +1024,20 @@ bool Run::execute() {
   // waiting. Most items' lines were written where they were computed; the rest
   // are written here, or apart on every thread when there are many.
   Block blocks[3];
+  // What a thread fills is taken here, from this thread's heap, rather than
+  // as it grows on the thread that fills it; no more than the run has items
+  // for (the blocks take the first items in turn).
+  std::size_t items = static_cast<std::size_t>(std::max(0.0, rec_.seq.PairCount)) *
+                      static_cast<std::size_t>(window_ ? std::max(1L, window_count_) : 1);
   for (Block& b : blocks) {
     b.parts.resize(threads);
-    // What a thread fills is taken here, from this thread's heap, rather than
-    // as it grows on the thread that fills it.
+    const std::size_t reserved = std::min(kBlock, items);
+    items -= reserved;
     if (threads > 1)
       for (WorkerPart& part : b.parts) {
-        part.results.reserve(kBlock);
-        part.report.reserve(kBlock * 512);
-        if (window_) part.table.reserve(kBlock * 128);
+        part.results.reserve(reserved);
+        part.report.reserve(reserved * 512);
+        if (window_) part.table.reserve(reserved * 128);
       }
   }
   Block* current = &blocks[0];
