@@ -1122,6 +1122,8 @@ bool Run::execute() {
     next = after;
     after = done;
   }
+  // The threads end while the report is finished.
+  parallel_.retire();
   if (window_) {
     rec_.region.RegionFirst = text::plain(region_first_);
     rec_.region.RegionLast = text::plain(region_last_);

@@ -127,12 +127,16 @@ struct ParallelContext::Pool {
     }
   }
 
-  ~Pool() {
+  void end_workers() {
     {
       std::lock_guard lock(mutex);
       stop.store(true, std::memory_order_release);
     }
     start.notify_all();
+  }
+
+  ~Pool() {
+    end_workers();
     for (auto& t : workers) t.join();
   }
 };
@@ -145,13 +149,18 @@ ParallelContext::ParallelContext(int threads) {
 ParallelContext::~ParallelContext() = default;
 
 void ParallelContext::start() const {
-  if (threads_ <= 1 || pool_) return;
+  if (threads_ <= 1 || pool_ || retired_) return;
   pool_ = std::make_unique<Pool>();
   const std::vector<int> cpus = cores_for_workers(threads_ - 1);
   for (int w = 1; w < threads_; ++w) {
     const int cpu = cpus.empty() ? -1 : cpus[static_cast<std::size_t>(w - 1)];
     pool_->workers.emplace_back([p = pool_.get(), w, cpu] { p->serve(w, cpu); });
   }
+}
+
+void ParallelContext::retire() const {
+  retired_ = true;
+  if (pool_) pool_->end_workers();
 }
 
 void ParallelContext::for_each(std::size_t n, const std::function<void(std::size_t, int)>& fn) const {
@@ -167,7 +176,7 @@ void ParallelContext::for_each(std::size_t start, std::size_t n,
                                const std::function<void(std::size_t, int)>& fn,
                                const std::function<void()>& first,
                                const std::function<bool()>& while_waiting) const {
-  if (threads_ <= 1 || n <= start + 1) {
+  if (threads_ <= 1 || retired_ || n <= start + 1) {
     if (first) first();
     for (std::size_t i = start; i < n; ++i) fn(i, 0);
     return;

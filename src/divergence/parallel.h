@@ -23,6 +23,10 @@ class ParallelContext {
   // their cores, awake when the calls come. Waking an idle core can take
   // milliseconds in a virtual machine.
   void start() const;
+  // Lets the workers end, without waiting for them, where no more calls are
+  // to come: they would otherwise wait for one, and a worker woken only to end
+  // can take long to wake. Later calls run on the calling thread alone.
+  void retire() const;
   // Calls fn(i, worker) for every i in [0, n), worker in [0, threads());
   // returns when all calls are done. Calls of one worker run in order. Not to
   // be called from two threads at once.
@@ -42,6 +46,7 @@ class ParallelContext {
  private:
   struct Pool;
   int threads_;
+  mutable bool retired_ = false;
   mutable std::unique_ptr<Pool> pool_;
 };
 

@@ -3,6 +3,7 @@
 // command line with 1, 2 and 7 threads, every output compared byte for byte.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <filesystem>
 #include <random>
@@ -116,6 +117,21 @@ TEST(Threads, ForEachFromAStartWithWorkWhileWaiting) {
         for (std::size_t i = 0; i < taken; ++i) ASSERT_EQ(aside[i], 1);
       }
     }
+  }
+}
+
+TEST(Threads, CallsAfterTheWorkersAreRetiredRunOnTheCallingThread) {
+  for (const int threads : {1, 2, 7}) {
+    SCOPED_TRACE(threads);
+    const varnoth::divergence::ParallelContext parallel(threads);
+    std::vector<int> workers(1000, -1);
+    parallel.for_each(workers.size(), [&](std::size_t i, int w) { workers[i] = w; });
+    EXPECT_TRUE(std::all_of(workers.begin(), workers.end(), [](int w) { return w >= 0; }));
+    parallel.retire();
+    parallel.retire();
+    workers.assign(workers.size(), -1);
+    parallel.for_each(workers.size(), [&](std::size_t i, int w) { workers[i] = w; });
+    EXPECT_TRUE(std::all_of(workers.begin(), workers.end(), [](int w) { return w == 0; }));
   }
 }
 
