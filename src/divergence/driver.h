@@ -38,7 +38,8 @@ struct RunSettings {
   // for every count: pairs are computed apart and written in pair order.
   int threads = 0;
   // Where set, the pairs are computed on these threads instead, and `threads`
-  // is not read: a caller can start them before it reads the alignment.
+  // is not read: a caller can start them before it reads the alignment. A run
+  // that gets to the end of its pairs retires them (a context for one run).
   const ParallelContext* parallel = nullptr;
   // Where set, the report and the window table are handed over here as the run
   // goes, in order and whole, and the record keeps of ReportText only what
