@@ -44,9 +44,9 @@ ColumnRange columns_in_cells(const FilteredAlignment& filtered, long first_cell,
 // Filters the sequences 1..`sequences` of `seq.SeqCodons` over `range`, in two
 // steps so that the sequences can be filled apart, on any thread: plan_filter
 // finds the columns kept (codon_cells and site_cells, and a region's sites
-// whole) and sizes every sequence, then fill_filtered fills each one. With `coding`, a stop codon
-// of `code` in any sequence of the alignment's last codon column drops that
-// column silently.
+// whole) and sizes every sequence, then fill_filtered fills each one. With
+// `coding`, a stop codon of `code` in any sequence of the alignment's last
+// codon column drops that column silently.
 struct FilterPlan {
   std::vector<std::size_t> codons;                // cells kept, from 0
   std::vector<std::pair<std::size_t, int>> sites;  // cell and position kept
