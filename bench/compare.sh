@@ -17,6 +17,7 @@
 # nucleotide changed with probability 2 % from an ancestor (pairs about 5 %
 # apart), no stop codon.
 set -euo pipefail
+export LC_ALL=C  # a "." in the times, for awk
 cd "$(dirname "$0")/.."
 rounds=${1:-5}
 build=${VARNOTH_BENCH_BUILD:-build-bench}
@@ -35,27 +36,29 @@ work=$(mktemp -d /tmp/varnoth-bench-XXXXXX)
 trap 'rm -rf "$work"' EXIT
 out="$work/report.out"
 
-# Best wall time in seconds of a command, over $runs runs (default $rounds)
-# after one warm-up, with the report file removed before each: on a shared
-# machine the other tenants only ever add time, so the fastest run is the one
-# that tells the program's own speed.
-best_time() {
-  local runs=${runs:-$rounds}
-  if command -v hyperfine >/dev/null; then
-    hyperfine -N --warmup 1 --runs "$runs" --prepare "rm -f $out" --export-csv "$work/h.csv" \
-      "$*" >"$work/h.log" 2>&1 || { cat "$work/h.log" >&2; exit 1; }
-    awk -F, 'NR == 2 { printf "%.4f", $7 }' "$work/h.csv"  # command,mean,stddev,median,user,system,min,max
-  else
-    "$@" >/dev/null 2>&1
-    for _ in $(seq "$runs"); do
-      local start end
+# Best wall times in seconds of `varnoth run ARGS` on 2 threads and on 1,
+# printed in that order: the two counts are run in turn, $runs times each
+# (default $rounds) after one warm-up each, so that both meet the same moments
+# of a shared host (its CPUs change speed from one minute to the next), and the
+# report file is removed, untimed, before each run. The fastest run of each
+# count is the one that tells the program's own speed: other tenants only ever
+# add time.
+best_threads() {
+  local runs=${runs:-$rounds} i t start end
+  for t in 2 1; do
+    rm -f "$out"
+    "$varnoth" run "$@" --threads "$t" -o "$out" >/dev/null
+  done
+  for i in $(seq "$runs"); do
+    for t in 2 1; do
       rm -f "$out"
-      start=$(date +%s.%N)
-      "$@" >/dev/null 2>&1
-      end=$(date +%s.%N)
-      echo "$end - $start" | bc -l
-    done | sort -g | awk 'NR == 1 { printf "%.4f", $1 }'
-  fi
+      start=$EPOCHREALTIME
+      "$varnoth" run "$@" --threads "$t" -o "$out" >/dev/null
+      end=$EPOCHREALTIME
+      echo "$t $start $end"
+    done
+  done | awk '{ d = $3 - $2; if (!($1 in best) || d < best[$1]) best[$1] = d }
+    END { printf "%.4f %.4f", best[2], best[1] }'
 }
 
 # Seconds of one run of a command.
@@ -68,6 +71,7 @@ once_time() {
 }
 
 ratio() { [ "$1" = "-" ] && { echo "-"; return; }; awk -v a="$1" -v b="$2" 'BEGIN { printf "%.1fx", a / b }'; }
+ratio2() { awk -v a="$1" -v b="$2" 'BEGIN { printf "%.2fx", a / b }'; }
 seconds() { [ "$1" = "-" ] && echo "-" || awk -v a="$1" 'BEGIN { printf "%.3f", a }'; }
 
 cat >"$work/r.R" <<'EOF'
@@ -83,8 +87,8 @@ EOF
 
 echo "$(date +%Y-%m-%d), $(nproc) cores, $(grep -m1 'model name' /proc/cpuinfo | cut -d: -f2 | sed 's/^ *//'); best of $rounds runs (yn00: one run)"
 echo
-echo "| alignment | pairs | varnoth coding, 2 threads | 1 thread | seqinr kaks() | kaks / varnoth | yn00 | yn00 / varnoth | varnoth noncoding (six methods), 2 threads | 1 thread | ape JC69 | ape / varnoth |"
-echo "| --- | ---: | ---: | ---: | ---: | ---: | ---: | ---: | ---: | ---: | ---: | ---: |"
+echo "| alignment | pairs | varnoth coding, 2 threads | 1 thread | 1 / 2 threads | seqinr kaks() | kaks / varnoth | yn00 | yn00 / varnoth | varnoth noncoding (six methods), 2 threads | 1 thread | 1 / 2 threads | ape JC69 | ape / varnoth |"
+echo "| --- | ---: | ---: | ---: | ---: | ---: | ---: | ---: | ---: | ---: | ---: | ---: | ---: | ---: |"
 seed=1
 for size in 20x1500 100x1500 400x1500 50x30000; do
   n=${size%x*}
@@ -93,10 +97,10 @@ for size in 20x1500 100x1500 400x1500 50x30000; do
   fasta="$work/a$n-$len.fasta"
   "$build/make_alignment" "$n" "$len" 0.02 "$seed" "$phy" "$fasta"
   seed=$((seed + 1))
-  c2=$(best_time "$varnoth" run "$phy" --threads 2 -o "$out")
-  c1=$(best_time "$varnoth" run "$phy" --threads 1 -o "$out")
-  n2=$(best_time "$varnoth" run "$phy" --noncoding --method all --threads 2 -o "$out")
-  n1=$(best_time "$varnoth" run "$phy" --noncoding --method all --threads 1 -o "$out")
+  coding=$(best_threads "$phy")
+  noncoding=$(best_threads "$phy" --noncoding --method all)
+  read -r c2 c1 <<<"$coding"
+  read -r n2 n1 <<<"$noncoding"
   kaks=- jc=- yn=-
   [ $have_r = 1 ] && read -r kaks jc < <(Rscript "$work/r.R" "$fasta" "$rounds")
   if [ $have_yn00 = 1 ]; then
@@ -105,7 +109,7 @@ for size in 20x1500 100x1500 400x1500 50x30000; do
       "$phy" "$work/yn/out" >"$work/yn/yn00.ctl"
     yn=$(cd "$work/yn" && once_time yn00 yn00.ctl)
   fi
-  echo "| $n x $len | $((n * (n - 1) / 2)) | $(seconds "$c2") | $(seconds "$c1") | $(seconds "$kaks") | $(ratio "$kaks" "$c2") | $(seconds "$yn") | $(ratio "$yn" "$c2") | $(seconds "$n2") | $(seconds "$n1") | $(seconds "$jc") | $(ratio "$jc" "$n2") |"
+  echo "| $n x $len | $((n * (n - 1) / 2)) | $(seconds "$c2") | $(seconds "$c1") | $(ratio2 "$c1" "$c2") | $(seconds "$kaks") | $(ratio "$kaks" "$c2") | $(seconds "$yn") | $(ratio "$yn" "$c2") | $(seconds "$n2") | $(seconds "$n1") | $(ratio2 "$n1" "$n2") | $(seconds "$jc") | $(ratio "$jc" "$n2") |"
 done
 
 # How fast each virtual CPU computes on its own just now: the coding benchmark
@@ -131,13 +135,13 @@ command -v taskset >/dev/null && before=$(cpu_speeds)
 
 "$build/make_alignment" 2000 1500 0.02 9 "$work/big.phy" "$work/big.fasta"
 # Best of three: each run takes seconds.
-big2=$(runs=3 best_time "$varnoth" run "$work/big.phy" --threads 2 -o "$out")
-big1=$(runs=3 best_time "$varnoth" run "$work/big.phy" --threads 1 -o "$out")
+big=$(runs=3 best_threads "$work/big.phy")
+read -r big2 big1 <<<"$big"
 rm -f "$out"
 /usr/bin/time -v "$varnoth" run "$work/big.phy" --threads 2 -o "$out" 2>"$work/time.txt" >/dev/null
 peak=$(awk -F: '/Maximum resident set size/ { printf "%.0f", $2 / 1024 }' "$work/time.txt")
 echo
-echo "2000 x 1500 coding, 1999000 pairs, report to a file ($(du -m "$out" | cut -f1) MB), best of 3: $(seconds "$big2") s on 2 threads, $(seconds "$big1") s on 1 ($(ratio "$big1" "$big2")); peak resident memory $peak MB"
+echo "2000 x 1500 coding, 1999000 pairs, report to a file ($(du -m "$out" | cut -f1) MB), best of 3: $(seconds "$big2") s on 2 threads, $(seconds "$big1") s on 1 ($(ratio2 "$big1" "$big2")); peak resident memory $peak MB"
 if command -v taskset >/dev/null; then
   echo
   echo "Before the 2000 x 1500 runs, $before."
