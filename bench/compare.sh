@@ -47,13 +47,13 @@ best_threads() {
   local runs=${runs:-$rounds} i t start end
   for t in 2 1; do
     rm -f "$out"
-    "$varnoth" run "$@" --threads "$t" -o "$out" >/dev/null
+    "$varnoth" run "$@" --threads "$t" -o "$out" >/dev/null || return 1
   done
   for i in $(seq "$runs"); do
     for t in 2 1; do
       rm -f "$out"
       start=$EPOCHREALTIME
-      "$varnoth" run "$@" --threads "$t" -o "$out" >/dev/null
+      "$varnoth" run "$@" --threads "$t" -o "$out" >/dev/null || exit 1
       end=$EPOCHREALTIME
       echo "$t $start $end"
     done
